@@ -1,0 +1,34 @@
+// The seam to the file manager: the object that answers its requests, and the object through which
+// it is told what to show.
+#pragma once
+
+#include <string_view>
+
+#include "platform/FileURL.h"
+
+namespace platform {
+
+// Base of the extension's principal object: the entry points that the platform calls, on the main
+// thread. None of them may block.
+class FIFinderSync {
+ public:
+  virtual ~FIFinderSync() = default;
+
+  virtual void beginObservingDirectoryAtURL(const FileURL &directoryURL) = 0;
+  virtual void endObservingDirectoryAtURL(const FileURL &directoryURL) = 0;
+  virtual void requestBadgeIdentifierForURL(const FileURL &itemURL) = 0;
+};
+
+// The platform's one controller object of the process. On the main thread only.
+class FIFinderSyncController {
+ public:
+  virtual ~FIFinderSyncController() = default;
+
+  // From then on the platform asks only for items inside these directories.
+  virtual void setDirectoryURLs(const FileURLSet &directoryURLs) = 0;
+
+  // Shows on the item the badge of that identifier; the empty identifier shows none.
+  virtual void setBadgeIdentifier(std::string_view badgeIdentifier, const FileURL &itemURL) = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// All that a process reaches of its platform, in one place. Each service outlives everything that
+// is given a reference to it.
+#pragma once
+
+#include "platform/Bookmarks.h"
+#include "platform/DistributedNotifications.h"
+#include "platform/FileManager.h"
+#include "platform/FinderSync.h"
+#include "platform/Paths.h"
+#include "platform/PosixAccess.h"
+#include "platform/PropertyList.h"
+#include "platform/Queues.h"
+#include "platform/SystemLog.h"
+#include "platform/UserDefaults.h"
+
+namespace platform {
+
+struct Services {
+  Clock &clock;
+  Queues &queues;
+  Paths &paths;
+  FileManager &fileManager;
+  PropertyListFiles &propertyListFiles;
+  UserDefaults &userDefaults;
+  Bookmarks &bookmarks;
+  DistributedNotificationCenter &notificationCenter;
+  PosixAccess &posixAccess;
+  SystemLogs &systemLogs;
+  FIFinderSyncController &finderSyncController;
+};
+
+// The services of this process. Each platform, the one for tests included, provides the function;
+// the answer is always the same object.
+Services &processServices();
+
+}  // namespace platform

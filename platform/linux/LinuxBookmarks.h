@@ -1,0 +1,26 @@
+#pragma once
+
+#include <chrono>
+
+#include "platform/Bookmarks.h"
+
+namespace platform {
+
+// Bookmark data is a binary property list: the path, the directory's identity (inode and time of
+// birth), and whether it is one of the extension's own. Access needs no security scope on Linux, so
+// starting it has nothing to do. Resolving gives up after `patience`.
+class LinuxBookmarks final : public Bookmarks {
+ public:
+  explicit LinuxBookmarks(std::chrono::milliseconds patience = std::chrono::seconds(5))
+      : patience_(patience) {}
+
+  Result<ResolvedBookmark> resolveBookmarkData(const Data &data,
+                                               BookmarkResolutionOptions options) override;
+  Result<Data> bookmarkDataForURL(const FileURL &url, BookmarkCreationOptions options) override;
+  void startAccessingSecurityScopedResource(const FileURL & /*url*/) override {}
+
+ private:
+  const std::chrono::milliseconds patience_;
+};
+
+}  // namespace platform

@@ -1,0 +1,29 @@
+#include "platform/linux/LinuxFileManager.h"
+
+#include <sys/stat.h>
+
+#include <glib.h>
+
+#include "platform/linux/UserDirectories.h"
+
+namespace platform {
+
+std::optional<FileURL> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(
+    const std::string &groupIdentifier) {
+  const std::optional<std::string> data = userDataDirectory();
+  if (!data) {
+    return std::nullopt;
+  }
+  return FileURL::fromPath(*data + "/group-containers/" + groupIdentifier, /*isDirectory=*/true);
+}
+
+bool LinuxFileManager::fileExistsAtPath(const std::string &path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0;
+}
+
+bool LinuxFileManager::createDirectoryWithIntermediates(const FileURL &url) {
+  return g_mkdir_with_parents(url.path().c_str(), 0700) == 0;
+}
+
+}  // namespace platform

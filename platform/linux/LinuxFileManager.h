@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/FileManager.h"
+
+namespace platform {
+
+// Group containers lie in "group-containers" in the user's data directory. Directories are created
+// with mode 0700.
+class LinuxFileManager final : public FileManager {
+ public:
+  std::optional<FileURL> containerURLForSecurityApplicationGroupIdentifier(
+      const std::string &groupIdentifier) override;
+  bool fileExistsAtPath(const std::string &path) override;
+  bool createDirectoryWithIntermediates(const FileURL &url) override;
+};
+
+}  // namespace platform

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+namespace platform {
+
+// A property list in the user's configuration directory. A file that cannot be read as one is put
+// aside under another name before it is replaced, never lost.
+class LinuxUserDefaults final : public UserDefaults {
+ public:
+  explicit LinuxUserDefaults(std::string domain) : domain_(std::move(domain)) {}
+
+  std::optional<PropertyList> objectForKey(std::string_view key) override;
+  void setObject(PropertyList value, std::string_view key) override;
+
+ private:
+  std::optional<std::string> directoryPath() const;
+
+  const std::string domain_;
+};
+
+}  // namespace platform

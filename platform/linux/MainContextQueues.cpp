@@ -1,0 +1,102 @@
+#include "platform/linux/MainContextQueues.h"
+
+#include <future>
+
+namespace platform {
+
+namespace {
+
+// A source that runs one block when its ready time has come.
+struct BlockSource {
+  GSource base;
+  Queue::Block *block;
+};
+
+gboolean dispatchBlock(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
+  (*reinterpret_cast<BlockSource *>(source)->block)();
+  return G_SOURCE_REMOVE;
+}
+
+void finalizeBlock(GSource *source) {
+  delete reinterpret_cast<BlockSource *>(source)->block;  // NOLINT: the C structure owns it
+}
+
+GSourceFuncs blockSourceFunctions = {nullptr,       nullptr, dispatchBlock,
+                                     finalizeBlock, nullptr, nullptr};
+
+using ContextHandle = Handle<GMainContext, g_main_context_unref>;
+using LoopHandle = Handle<GMainLoop, g_main_loop_unref>;
+
+class SerialQueue final : public MainContextQueue {
+ public:
+  explicit SerialQueue(const std::string &label)
+      : SerialQueue(label, ContextHandle(g_main_context_new())) {}
+
+  SerialQueue(const SerialQueue &) = delete;
+  SerialQueue &operator=(const SerialQueue &) = delete;
+
+  ~SerialQueue() override {
+    async([loop = loop_] { g_main_loop_quit(loop.get()); });
+    if (isCurrent()) {
+      thread_.detach();
+    } else {
+      thread_.join();
+    }
+  }
+
+ private:
+  SerialQueue(const std::string &label, ContextHandle context)
+      : MainContextQueue(context.get(), G_PRIORITY_DEFAULT, {}),
+        loop_(g_main_loop_new(context.get(), FALSE), g_main_loop_unref) {
+    std::promise<void> started;
+    // The thread keeps the loop, and with it the context, as long as it needs them.
+    thread_ = std::thread([this, &started, loop = loop_, label] {
+      // The kernel keeps 15 bytes of a thread's name; the end of the label tells queues apart.
+      constexpr std::size_t kept = 15;
+      const std::string name = label.size() > kept ? label.substr(label.size() - kept) : label;
+      pthread_setname_np(pthread_self(), name.c_str());
+      setThread(std::this_thread::get_id());
+      started.set_value();
+      g_main_loop_run(loop.get());
+    });
+    started.get_future().wait();
+  }
+
+  const std::shared_ptr<GMainLoop> loop_;
+  std::thread thread_;
+};
+
+}  // namespace
+
+MainContextQueue::MainContextQueue(GMainContext *context, int priority, std::thread::id thread)
+    : context_(context), priority_(priority), thread_(thread) {}
+
+void MainContextQueue::async(Block block) {
+  attach(0, std::move(block));
+}
+
+void MainContextQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {
+  const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
+  attach(g_get_monotonic_time() + microseconds, std::move(block));
+}
+
+void MainContextQueue::attach(gint64 readyTime, Block block) {
+  const Handle<GSource, g_source_unref> source(
+      g_source_new(&blockSourceFunctions, sizeof(BlockSource)));
+  reinterpret_cast<BlockSource *>(source.get())->block = new Block(std::move(block));  // NOLINT
+  g_source_set_priority(source.get(), priority_);
+  g_source_set_ready_time(source.get(), readyTime);
+  g_source_attach(source.get(), context_);
+}
+
+// What is already on the main queue comes before the next message from the bus, whose dispatch has
+// the default priority: so a client that announces a new manifest and then asks is answered from
+// it.
+MainContextQueues::MainContextQueues()
+    : mainQueue_(nullptr, G_PRIORITY_HIGH, std::this_thread::get_id()) {}
+
+std::shared_ptr<Queue> MainContextQueues::makeSerialQueue(const std::string &label) {
+  return std::make_shared<SerialQueue>(label);
+}
+
+}  // namespace platform

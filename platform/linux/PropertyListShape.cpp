@@ -1,0 +1,268 @@
+#include "platform/linux/PropertyListShape.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/linux/GLibHandles.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view binaryMagic = "bplist00";
+
+// --- XML ---
+
+enum class ElementKind { list, dictionary, array, key, wholeNumber, leaf, unknown };
+
+ElementKind kindOfElement(std::string_view name) {
+  if (name == "plist") return ElementKind::list;
+  if (name == "dict") return ElementKind::dictionary;
+  if (name == "array") return ElementKind::array;
+  if (name == "key") return ElementKind::key;
+  if (name == "integer") return ElementKind::wholeNumber;
+  for (const std::string_view leaf : {"string", "real", "data", "date", "true", "false"}) {
+    if (name == leaf) return ElementKind::leaf;
+  }
+  return ElementKind::unknown;
+}
+
+struct OpenElement {
+  ElementKind kind;
+  unsigned children = 0;
+};
+
+struct XMLCheck {
+  std::vector<OpenElement> open;
+  bool sawList = false;
+
+  // Whether an element may begin inside the innermost open one.
+  bool mayBegin(ElementKind kind) const {
+    if (kind == ElementKind::unknown || open.size() >= greatestPropertyListDepth) {
+      return false;
+    }
+    if (open.empty()) {
+      return kind == ElementKind::list && !sawList;
+    }
+    if (kind == ElementKind::list) {
+      return false;
+    }
+    const OpenElement &parent = open.back();
+    switch (parent.kind) {
+      case ElementKind::list:
+        return parent.children == 0 && kind != ElementKind::key;
+      case ElementKind::array:
+        return kind != ElementKind::key;
+      case ElementKind::dictionary:  // keys and values take turns
+        return (kind == ElementKind::key) == (parent.children % 2 == 0);
+      default:
+        return false;
+    }
+  }
+};
+
+void refuse(GError **error) {
+  g_set_error_literal(error, G_MARKUP_ERROR, G_MARKUP_ERROR_INVALID_CONTENT, "");
+}
+
+void beginElement(GMarkupParseContext *, const char *name, const char **, const char **,
+                  gpointer data, GError **error) {
+  auto &check = *static_cast<XMLCheck *>(data);
+  const ElementKind kind = kindOfElement(name);
+  if (!check.mayBegin(kind)) {
+    refuse(error);
+    return;
+  }
+  if (!check.open.empty()) {
+    ++check.open.back().children;
+  }
+  check.sawList = true;
+  check.open.push_back({kind});
+}
+
+void endElement(GMarkupParseContext *, const char *, gpointer data, GError **error) {
+  auto &check = *static_cast<XMLCheck *>(data);
+  const OpenElement element = check.open.back();
+  check.open.pop_back();
+  const bool complete = element.kind == ElementKind::dictionary ? element.children % 2 == 0
+                        : element.kind == ElementKind::list     ? element.children == 1
+                                                                : true;
+  if (!complete) {
+    refuse(error);
+  }
+}
+
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+void readText(GMarkupParseContext *, const char *text, gsize length, gpointer data,
+              GError **error) {
+  const auto &check = *static_cast<XMLCheck *>(data);
+  const ElementKind kind = check.open.empty() ? ElementKind::list : check.open.back().kind;
+  const bool valid =
+      kind == ElementKind::leaf || kind == ElementKind::key ? true
+      : kind == ElementKind::wholeNumber
+          ? g_ascii_string_to_signed(std::string(text, length).c_str(), 10, G_MININT64, G_MAXINT64,
+                                     nullptr, nullptr) != FALSE
+          : isBlank({text, length});
+  if (!valid) {
+    refuse(error);
+  }
+}
+
+// --- Binary ---
+
+constexpr std::size_t trailerSize = 32;
+
+class BinaryCheck {
+ public:
+  explicit BinaryCheck(std::string_view bytes) : bytes_(bytes) {}
+
+  bool isBounded() {
+    if (!readTrailer()) {
+      return false;
+    }
+    states_.assign(objectCount_, State{});
+    return expandedSizeOf(topObject_, 0) > 0;
+  }
+
+ private:
+  enum class Progress : std::uint8_t { notSeen, open, done };
+  struct State {
+    Progress progress = Progress::notSeen;
+    std::uint32_t size = 0;   // values once expanded
+    std::uint16_t depth = 0;  // levels beneath and including it
+  };
+
+  // Big-endian. Requires position + width <= size and width <= 8.
+  std::uint64_t number(std::size_t position, std::size_t width) const {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < width; ++i) {
+      value = value << 8 | static_cast<unsigned char>(bytes_[position + i]);
+    }
+    return value;
+  }
+
+  bool readTrailer() {
+    if (bytes_.size() < binaryMagic.size() + trailerSize + 1) {
+      return false;
+    }
+    const std::size_t trailer = bytes_.size() - trailerSize;
+    offsetWidth_ = number(trailer + 6, 1);
+    referenceWidth_ = number(trailer + 7, 1);
+    objectCount_ = number(trailer + 8, 8);
+    topObject_ = number(trailer + 16, 8);
+    offsetTable_ = number(trailer + 24, 8);
+    return offsetWidth_ >= 1 && offsetWidth_ <= 8 && referenceWidth_ >= 1 && referenceWidth_ <= 8 &&
+           offsetTable_ >= binaryMagic.size() && offsetTable_ < trailer &&
+           objectCount_ <= (trailer - offsetTable_) / offsetWidth_ && topObject_ < objectCount_;
+  }
+
+  // The values that the object expands to; 0 if it is not bounded. Recursive, to the bound on
+  // depth.
+  std::uint32_t expandedSizeOf(std::uint64_t object, unsigned level) {
+    if (object >= objectCount_ || level >= greatestPropertyListDepth) {
+      return 0;
+    }
+    State &state = states_[object];
+    if (state.progress == Progress::open) {
+      return 0;  // a cycle
+    }
+    if (state.progress == Progress::done) {
+      return level + state.depth <= greatestPropertyListDepth ? state.size : 0;
+    }
+    state.progress = Progress::open;
+    std::uint64_t position = 0;
+    std::uint64_t references = 0;
+    if (!readContainer(object, position, references)) {
+      return 0;
+    }
+    std::uint64_t size = 1;
+    unsigned depth = 1;
+    for (std::uint64_t i = 0; i < references; ++i) {
+      const std::uint64_t child = number(position + i * referenceWidth_, referenceWidth_);
+      const std::uint32_t childSize = expandedSizeOf(child, level + 1);
+      size += childSize;
+      if (childSize == 0 || size > greatestPropertyListSize) {
+        return 0;
+      }
+      depth = std::max(depth, 1U + states_[child].depth);
+    }
+    state = {Progress::done, static_cast<std::uint32_t>(size), static_cast<std::uint16_t>(depth)};
+    return state.size;
+  }
+
+  // Where an object's references to others begin, and how many they are; none but for containers.
+  bool readContainer(std::uint64_t object, std::uint64_t &position,
+                     std::uint64_t &references) const {
+    position = number(offsetTable_ + object * offsetWidth_, offsetWidth_);
+    references = 0;
+    if (position < binaryMagic.size() || position >= offsetTable_) {
+      return false;
+    }
+    const auto marker = static_cast<unsigned char>(bytes_[position++]);
+    const unsigned kind = marker >> 4;
+    const bool isDictionary = kind == 0xD;
+    if (kind != 0xA && !isDictionary) {
+      return true;  // libplist checks the bounds of what holds no references
+    }
+    references = marker & 0xF;
+    if (references == 0xF && !readLongCount(position, references)) {
+      return false;
+    }
+    if (references > offsetTable_ || position > offsetTable_) {
+      return false;
+    }
+    references *= isDictionary ? 2 : 1;
+    return references <= (offsetTable_ - position) / referenceWidth_;
+  }
+
+  // A count that does not fit into the marker follows it as a whole number.
+  bool readLongCount(std::uint64_t &position, std::uint64_t &count) const {
+    if (position >= offsetTable_) {
+      return false;
+    }
+    const auto marker = static_cast<unsigned char>(bytes_[position++]);
+    const unsigned exponent = marker & 0xF;
+    if (marker >> 4 != 1 || exponent > 3 || offsetTable_ - position < (1U << exponent)) {
+      return false;
+    }
+    count = number(position, 1U << exponent);
+    position += 1U << exponent;
+    return true;
+  }
+
+  const std::string_view bytes_;
+  std::uint64_t offsetWidth_ = 0;
+  std::uint64_t referenceWidth_ = 0;
+  std::uint64_t objectCount_ = 0;
+  std::uint64_t topObject_ = 0;
+  std::uint64_t offsetTable_ = 0;
+  std::vector<State> states_;
+};
+
+}  // namespace
+
+bool isBinaryPropertyList(std::string_view bytes) {
+  return bytes.starts_with(binaryMagic);
+}
+
+bool isWellFormedXMLPropertyList(std::string_view bytes) {
+  static constexpr GMarkupParser parser = {beginElement, endElement, readText, nullptr, nullptr};
+  XMLCheck check;
+  const Handle<GMarkupParseContext, g_markup_parse_context_unref> context(
+      g_markup_parse_context_new(&parser, G_MARKUP_TREAT_CDATA_AS_TEXT, &check, nullptr));
+  return g_markup_parse_context_parse(context.get(), bytes.data(),
+                                      static_cast<gssize>(bytes.size()), nullptr) != FALSE &&
+         g_markup_parse_context_end_parse(context.get(), nullptr) != FALSE && check.sawList;
+}
+
+bool isBoundedBinaryPropertyList(std::string_view bytes) {
+  return BinaryCheck(bytes).isBounded();
+}
+
+}  // namespace platform

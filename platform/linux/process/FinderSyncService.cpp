@@ -1,0 +1,211 @@
+#include "platform/linux/process/FinderSyncService.h"
+
+#include "platform/linux/process/RequestArguments.h"
+
+using platform::ErrorHandle;
+using platform::ErrorOut;
+using platform::FileURL;
+using platform::VariantHandle;
+
+namespace {
+
+constexpr const char *busName = "com.morvane.v3.finder";
+constexpr const char *objectPath = "/com/morvane/v3/finder";
+constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
+
+// Of the D-Bus specification, "RequestName".
+constexpr guint32 doNotQueue = 4;
+constexpr guint32 primaryOwner = 1;
+
+// A handler that answers a call has dealt with it.
+constexpr gboolean handled = TRUE;
+
+gboolean answerError(GDBusMethodInvocation *invocation, const ErrorHandle &error) {
+  g_dbus_method_invocation_return_gerror(invocation, error.get());
+  return handled;
+}
+
+VariantHandle badgesVariant(const BadgeAnswers::Badges &badges) {
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
+  for (const auto &[url, identifier] : badges) {
+    g_variant_builder_add(&builder, "(ss)", url.c_str(), identifier.c_str());
+  }
+  return VariantHandle(g_variant_ref_sink(g_variant_new("(a(ss))", &builder)));
+}
+
+}  // namespace
+
+FinderSyncService::FinderSyncService() : skeleton_(halvern_finder_sync1_skeleton_new()) {
+  const char *const noDirectories[] = {nullptr};
+  halvern_finder_sync1_set_directory_urls(skeleton_.get(), noDirectories);
+  halvern_finder_sync1_set_badges(skeleton_.get(),
+                                  g_variant_new_array(G_VARIANT_TYPE("(sss)"), nullptr, 0));
+  connectHandlers();
+}
+
+FinderSyncService::~FinderSyncService() {
+  if (sendSource_ != 0) {
+    g_source_remove(sendSource_);
+  }
+}
+
+void FinderSyncService::connectHandlers() {
+  using Self = FinderSyncService;
+
+  // One signature for the two calls that carry a directory's URL.
+  using DirectoryHandler =
+      gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *, Self *);
+  const DirectoryHandler beginObserving = [](HalvernFinderSync1 *skeleton,
+                                             GDBusMethodInvocation *invocation, const char *text,
+                                             Self *self) {
+    ErrorHandle error = checkCallSize(invocation);
+    const auto url = error ? std::nullopt : urlFromArgument(text, error);
+    if (!url) {
+      return answerError(invocation, error);
+    }
+    self->principalObject_->beginObservingDirectoryAtURL(*url);
+    halvern_finder_sync1_complete_begin_observing_directory(skeleton, invocation);
+    return handled;
+  };
+  const DirectoryHandler endObserving = [](HalvernFinderSync1 *skeleton,
+                                           GDBusMethodInvocation *invocation, const char *text,
+                                           Self *self) {
+    ErrorHandle error = checkCallSize(invocation);
+    const auto url = error ? std::nullopt : urlFromArgument(text, error);
+    if (!url) {
+      return answerError(invocation, error);
+    }
+    self->principalObject_->endObservingDirectoryAtURL(*url);
+    halvern_finder_sync1_complete_end_observing_directory(skeleton, invocation);
+    return handled;
+  };
+
+  using RequestHandler =
+      gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *const *, Self *);
+  const RequestHandler requestBadgeIdentifiers = [](HalvernFinderSync1 *skeleton,
+                                                    GDBusMethodInvocation *invocation,
+                                                    const char *const *texts, Self *self) {
+    ErrorHandle error = checkCallSize(invocation);
+    const auto urls = error ? std::nullopt : urlsFromArgument(texts, error);
+    if (!urls) {
+      return answerError(invocation, error);
+    }
+    self->requestBadges(g_dbus_method_invocation_get_sender(invocation), *urls);
+    halvern_finder_sync1_complete_request_badge_identifiers(skeleton, invocation);
+    return handled;
+  };
+
+  // No menu is offered, so there is no action to perform either.
+  using MenuHandler = gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, guint,
+                                   const char *const *, const char *, Self *);
+  const MenuHandler menuForMenuKind =
+      [](HalvernFinderSync1 *skeleton, GDBusMethodInvocation *invocation, guint /*kind*/,
+         const char *const *selected, const char *targeted, Self * /*self*/) {
+        ErrorHandle error = checkSelection(invocation, selected, targeted);
+        if (error) {
+          return answerError(invocation, error);
+        }
+        halvern_finder_sync1_complete_menu_for_menu_kind(
+            skeleton, invocation, g_variant_new_array(G_VARIANT_TYPE("(sa(sss))"), nullptr, 0));
+        return handled;
+      };
+  using ActionHandler = gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *,
+                                     const char *const *, const char *, GVariant *, Self *);
+  const ActionHandler performMenuAction = [](HalvernFinderSync1 * /*skeleton*/,
+                                             GDBusMethodInvocation *invocation, const char *action,
+                                             const char *const *selected, const char *targeted,
+                                             GVariant * /*platformData*/, Self * /*self*/) {
+    ErrorHandle error = checkSelection(invocation, selected, targeted);
+    if (!error) {
+      error.reset(g_error_new(G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
+                              "There is no menu action “%s”", action));
+    }
+    return answerError(invocation, error);
+  };
+
+  g_signal_connect(skeleton_.get(), "handle-begin-observing-directory", G_CALLBACK(beginObserving),
+                   this);
+  g_signal_connect(skeleton_.get(), "handle-end-observing-directory", G_CALLBACK(endObserving),
+                   this);
+  g_signal_connect(skeleton_.get(), "handle-request-badge-identifiers",
+                   G_CALLBACK(requestBadgeIdentifiers), this);
+  g_signal_connect(skeleton_.get(), "handle-menu-for-menu-kind", G_CALLBACK(menuForMenuKind), this);
+  g_signal_connect(skeleton_.get(), "handle-perform-menu-action", G_CALLBACK(performMenuAction),
+                   this);
+}
+
+bool FinderSyncService::exportObject(GDBusConnection *connection, std::string &reason) {
+  ErrorHandle error;
+  if (g_dbus_interface_skeleton_export(G_DBUS_INTERFACE_SKELETON(skeleton_.get()), connection,
+                                       objectPath, ErrorOut(error)) == FALSE) {
+    reason = error->message;
+    return false;
+  }
+  connection_.reset(G_DBUS_CONNECTION(g_object_ref(connection)));
+  return true;
+}
+
+FinderSyncService::NameRequest FinderSyncService::requestName(std::string &reason) {
+  ErrorHandle error;
+  const VariantHandle reply(g_dbus_connection_call_sync(
+      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      "RequestName", g_variant_new("(su)", busName, doNotQueue), G_VARIANT_TYPE("(u)"),
+      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
+  if (reply == nullptr) {
+    reason = error->message;
+    return NameRequest::failed;
+  }
+  guint32 answer = 0;
+  g_variant_get(reply.get(), "(u)", &answer);
+  return answer == primaryOwner ? NameRequest::owned : NameRequest::taken;
+}
+
+void FinderSyncService::requestBadges(const char *client, const std::vector<FileURL> &urls) {
+  for (const FileURL &url : urls) {
+    answers_.noteRequest(client, url.text());
+    principalObject_->requestBadgeIdentifierForURL(url);
+  }
+}
+
+void FinderSyncService::setDirectoryURLs(const platform::FileURLSet &directoryURLs) {
+  std::vector<const char *> texts;
+  texts.reserve(directoryURLs.size() + 1);
+  for (const FileURL &url : directoryURLs) {
+    texts.push_back(url.text().c_str());
+  }
+  texts.push_back(nullptr);
+  // The skeleton tells the bus when the value differs from the last one.
+  halvern_finder_sync1_set_directory_urls(skeleton_.get(), texts.data());
+}
+
+void FinderSyncService::setBadgeIdentifier(std::string_view badgeIdentifier,
+                                           const FileURL &itemURL) {
+  answers_.setBadge(badgeIdentifier, itemURL.text());
+  sendSoon();
+}
+
+void FinderSyncService::sendSoon() {
+  if (sendSource_ != 0) {
+    return;
+  }
+  // Below everything else on the main loop: it runs when the main queue has run empty.
+  sendSource_ = g_idle_add_full(
+      G_PRIORITY_LOW,
+      [](gpointer data) -> gboolean {
+        static_cast<FinderSyncService *>(data)->sendMessages();
+        return G_SOURCE_REMOVE;
+      },
+      this, nullptr);
+}
+
+void FinderSyncService::sendMessages() {
+  sendSource_ = 0;
+  for (const BadgeAnswers::Message &message : answers_.takeMessages()) {
+    const bool isAnswer = !message.client.empty();
+    const VariantHandle badges = badgesVariant(message.badges);
+    g_dbus_connection_emit_signal(
+        connection_.get(), isAnswer ? message.client.c_str() : nullptr, objectPath, interfaceName,
+        isAnswer ? "BadgeIdentifiersSet" : "BadgeIdentifiersChanged", badges.get(), nullptr);
+  }
+}

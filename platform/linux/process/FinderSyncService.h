@@ -1,0 +1,48 @@
+// The extension on the session bus: the file managers' requests come in here, and what they are to
+// show goes out. Confined to the main thread.
+#pragma once
+
+#include <string>
+
+#include "FinderSync1.h"
+#include "platform/FinderSync.h"
+#include "platform/linux/GLibHandles.h"
+#include "platform/linux/process/BadgeAnswers.h"
+
+class FinderSyncService final : public platform::FIFinderSyncController {
+ public:
+  enum class NameRequest { owned, taken, failed };
+
+  // Not on the bus before `exportObject`.
+  FinderSyncService();
+  ~FinderSyncService() override;
+  FinderSyncService(const FinderSyncService &) = delete;
+  FinderSyncService &operator=(const FinderSyncService &) = delete;
+
+  // False with a reason if it cannot be.
+  bool exportObject(GDBusConnection *connection, std::string &reason);
+
+  // Asks for the well-known name, once and without queueing. Waits for the bus.
+  NameRequest requestName(std::string &reason);
+
+  // Whom the requests go to. Must be set before the main loop turns for the first time.
+  void setPrincipalObject(platform::FIFinderSync &principalObject) {
+    principalObject_ = &principalObject;
+  }
+
+  void setDirectoryURLs(const platform::FileURLSet &directoryURLs) override;
+  void setBadgeIdentifier(std::string_view badgeIdentifier,
+                          const platform::FileURL &itemURL) override;
+
+ private:
+  void connectHandlers();
+  void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
+  void sendSoon();
+  void sendMessages();
+
+  const platform::ObjectHandle<HalvernFinderSync1> skeleton_;
+  platform::ObjectHandle<GDBusConnection> connection_;
+  platform::FIFinderSync *principalObject_ = nullptr;
+  BadgeAnswers answers_;
+  guint sendSource_ = 0;
+};

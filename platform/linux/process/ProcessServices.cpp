@@ -1,0 +1,58 @@
+#include "platform/linux/process/ProcessServices.h"
+
+#include "platform/linux/DBusNotificationCenter.h"
+#include "platform/linux/GLibSystemLog.h"
+#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/LinuxPosixAccess.h"
+#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/MainContextQueues.h"
+
+namespace {
+
+struct LinuxServices {
+  LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
+      : notificationCenter(connection),
+        services{clock,
+                 queues,
+                 paths,
+                 fileManager,
+                 files,
+                 userDefaults,
+                 bookmarks,
+                 notificationCenter,
+                 posixAccess,
+                 systemLogs,
+                 finderSyncController} {}
+
+  platform::SystemClock clock;
+  platform::MainContextQueues queues;
+  platform::LinuxPaths paths;
+  platform::LinuxFileManager fileManager;
+  platform::LinuxPropertyListFiles files;
+  platform::LinuxUserDefaults userDefaults{"com.morvane.v3.finder"};
+  platform::LinuxBookmarks bookmarks;
+  platform::DBusNotificationCenter notificationCenter;
+  platform::LinuxPosixAccess posixAccess;
+  platform::GLibSystemLogs systemLogs;
+  platform::Services services;
+};
+
+// Lives as long as the process, like all that refers to it.
+LinuxServices *started = nullptr;
+
+}  // namespace
+
+void startProcessServices(GDBusConnection *connection,
+                          platform::FIFinderSyncController &finderSyncController) {
+  started = new LinuxServices(connection, finderSyncController);  // NOLINT: see above
+}
+
+platform::Services &platform::processServices() {
+  if (started == nullptr) {
+    g_error("The process's services have not been started");
+  }
+  return started->services;
+}

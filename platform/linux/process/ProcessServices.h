@@ -1,0 +1,9 @@
+// The platform of the extension process on Linux.
+#pragma once
+
+#include "platform/Services.h"
+#include "platform/linux/GLibHandles.h"
+
+// Must be called once, on the main thread, before `platform::processServices()` is.
+void startProcessServices(GDBusConnection *connection,
+                          platform::FIFinderSyncController &finderSyncController);

@@ -1,0 +1,98 @@
+// The extension process: halvern-finder-sync.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <glib-unix.h>
+
+#include "extension/KTRFinderSync.h"
+#include "platform/linux/GLibHandles.h"
+#include "platform/linux/process/FinderSyncService.h"
+#include "platform/linux/process/ProcessServices.h"
+
+namespace {
+
+constexpr int exitFailed = 1;
+constexpr int exitUsage = 2;
+
+int fail(const std::string &message) {
+  std::fprintf(stderr, "halvern-finder-sync: %s\n", message.c_str());
+  return exitFailed;
+}
+
+int printUsage(std::FILE *stream) {
+  std::fputs(
+      "Usage: halvern-finder-sync [--help | --version]\n"
+      "\n"
+      "Halvern's file-manager extension. The session bus starts it when a file manager\n"
+      "first needs it; it runs until the session ends. To look at it, use \"halvern\".\n",
+      stream);
+  return stream == stdout ? EXIT_SUCCESS : exitUsage;
+}
+
+gboolean quitLoop(gpointer loop) {
+  g_main_loop_quit(static_cast<GMainLoop *>(loop));
+  return G_SOURCE_REMOVE;
+}
+
+int run() {
+  using namespace platform;
+
+  ErrorHandle error;
+  const ObjectHandle<GDBusConnection> connection(
+      g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, ErrorOut(error)));
+  if (connection == nullptr) {
+    return fail(std::string("The session bus cannot be reached: ") + error->message);
+  }
+  g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+
+  // The order matters: whoever sees the name owned gets an answer, because the object is there
+  // before the name and nothing is answered before the controller is; and a second process has
+  // touched nothing by the time it learns that the name is taken.
+  auto &service = *new FinderSyncService;  // NOLINT: lives as long as the process
+  std::string reason;
+  if (!service.exportObject(connection.get(), reason)) {
+    return fail("The bus object cannot be exported: " + reason);
+  }
+  switch (service.requestName(reason)) {
+    case FinderSyncService::NameRequest::owned:
+      break;
+    case FinderSyncService::NameRequest::taken:
+      return fail("already running on this session bus");
+    case FinderSyncService::NameRequest::failed:
+      return fail("The bus name cannot be had: " + reason);
+  }
+  startProcessServices(connection.get(), service);
+  KTRFinderSync finderSync(processServices());
+  service.setPrincipalObject(finderSync);
+
+  const Handle<GMainLoop, g_main_loop_unref> loop(g_main_loop_new(nullptr, FALSE));
+  g_unix_signal_add(SIGTERM, quitLoop, loop.get());
+  g_unix_signal_add(SIGINT, quitLoop, loop.get());
+  g_signal_connect_swapped(connection.get(), "closed", G_CALLBACK(quitLoop), loop.get());
+  g_main_loop_run(loop.get());
+
+  g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr);
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argumentCount, char **arguments) {
+  if (argumentCount > 1) {
+    const std::string argument = arguments[1];
+    if (argumentCount == 2 && argument == "--help") {
+      return printUsage(stdout);
+    }
+    if (argumentCount == 2 && argument == "--version") {
+      std::puts("halvern-finder-sync " HALVERN_VERSION);
+      return EXIT_SUCCESS;
+    }
+    return printUsage(stderr);
+  }
+  const int status = run();
+  // A scan may be running on its queue. It only reads, so the process does not wait for it, and
+  // destroys nothing beneath it.
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
