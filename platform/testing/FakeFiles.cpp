@@ -1,0 +1,66 @@
+#include "platform/testing/FakeFiles.h"
+
+namespace platform::testing {
+
+std::optional<FileURL> FakeFileManager::containerURLForSecurityApplicationGroupIdentifier(
+    const std::string &groupIdentifier) {
+  const auto found = containers.find(groupIdentifier);
+  return found == containers.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool FakeFileManager::fileExistsAtPath(const std::string &path) {
+  journal_.note("exists " + path);
+  return existingPaths.contains(path);
+}
+
+bool FakeFileManager::createDirectoryWithIntermediates(const FileURL &url) {
+  journal_.note("create directory " + url.path());
+  if (directoriesCanBeCreated) {
+    existingPaths.insert(url.path());
+  }
+  return directoriesCanBeCreated;
+}
+
+Result<Dictionary> FakePropertyListFiles::dictionaryWithContentsOfURL(const FileURL &url) {
+  journal_.note("read " + url.path());
+  if (const auto reason = reasons.find(url.path()); reason != reasons.end()) {
+    return Result<Dictionary>::failure(reason->second);
+  }
+  const auto found = files.find(url.path());
+  if (found == files.end()) {
+    return Result<Dictionary>::failure("No such file");
+  }
+  return found->second;
+}
+
+bool FakePropertyListFiles::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
+  journal_.note("write " + url.path());
+  if (filesCanBeWritten) {
+    files.insert_or_assign(url.path(), dictionary);
+    reasons.erase(url.path());
+  }
+  return filesCanBeWritten;
+}
+
+std::optional<PropertyList> FakeUserDefaults::objectForKey(std::string_view key) {
+  journal_.note("read default " + std::string(key));
+  const auto found = objects.find(key);
+  return found == objects.end() ? std::nullopt : std::optional(found->second);
+}
+
+void FakeUserDefaults::setObject(PropertyList value, std::string_view key) {
+  journal_.note("write default " + std::string(key));
+  objects.insert_or_assign(std::string(key), std::move(value));
+}
+
+int FakePosixAccess::access(const std::string &path, int mode) {
+  journal_.note("access " + path + " " + std::to_string(mode));
+  const auto found = errors.find(path);
+  return found == errors.end() ? 0 : found->second;
+}
+
+std::string FakePosixAccess::textOfError(int errorNumber) {
+  return "error text " + std::to_string(errorNumber);
+}
+
+}  // namespace platform::testing

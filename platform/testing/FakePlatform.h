@@ -1,0 +1,77 @@
+// A whole platform of fakes, for one test on one thread.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Services.h"
+#include "platform/testing/FakeBookmarks.h"
+#include "platform/testing/FakeFiles.h"
+#include "platform/testing/HandCrankedQueues.h"
+#include "platform/testing/Journal.h"
+#include "platform/testing/RecordingSystemLogs.h"
+
+namespace platform::testing {
+
+class RecordingNotificationCenter final : public DistributedNotificationCenter {
+ public:
+  explicit RecordingNotificationCenter(Journal &journal) : journal_(journal) {}
+
+  void addObserver(const std::string &name, std::function<void()> handler) override;
+  void postNotification(const std::string &name) override;
+
+  // Calls the observers of `name`, as if another process had posted it.
+  void deliver(const std::string &name);
+
+ private:
+  Journal &journal_;
+  std::multimap<std::string, std::function<void()>> observers_;
+};
+
+class RecordingFinderSyncController final : public FIFinderSyncController {
+ public:
+  explicit RecordingFinderSyncController(Journal &journal) : journal_(journal) {}
+
+  void setDirectoryURLs(const FileURLSet &directoryURLs) override;
+  void setBadgeIdentifier(std::string_view badgeIdentifier, const FileURL &itemURL) override;
+
+  std::vector<FileURLSet> directoryURLs;                    // one for each call
+  std::vector<std::pair<std::string, std::string>> badges;  // url text, identifier
+
+ private:
+  Journal &journal_;
+};
+
+struct FakePlatform {
+  Journal journal;
+  HandCrankedQueues queues;
+  FakePaths paths;
+  FakeFileManager fileManager{journal};
+  FakePropertyListFiles propertyListFiles{journal};
+  FakeUserDefaults userDefaults{journal};
+  FakeBookmarks bookmarks{journal};
+  RecordingNotificationCenter notificationCenter{journal};
+  FakePosixAccess posixAccess{journal};
+  RecordingSystemLogs systemLogs;
+  RecordingFinderSyncController finderSyncController{journal};
+
+  Services services{queues,
+                    queues,
+                    paths,
+                    fileManager,
+                    propertyListFiles,
+                    userDefaults,
+                    bookmarks,
+                    notificationCenter,
+                    posixAccess,
+                    systemLogs,
+                    finderSyncController};
+};
+
+// The platform behind `platform::processServices()` in a program of unit tests.
+FakePlatform &processPlatform();
+
+}  // namespace platform::testing

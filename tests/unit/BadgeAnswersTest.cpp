@@ -1,0 +1,55 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/linux/process/BadgeAnswers.h"
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+namespace {
+
+auto message(const std::string &client, const BadgeAnswers::Badges &badges) {
+  return AllOf(Field(&BadgeAnswers::Message::client, client),
+               Field(&BadgeAnswers::Message::badges, badges));
+}
+
+TEST(BadgeAnswers, ABadgeAnswersTheOldestRequestForTheSameText) {
+  BadgeAnswers answers;
+  answers.noteRequest(":1.1", "file:///a");
+  answers.noteRequest(":1.2", "file:///a");
+  answers.setBadge("added", "file:///a");
+  answers.setBadge("modified", "file:///a");
+  EXPECT_THAT(answers.takeMessages(), ElementsAre(message(":1.1", {{"file:///a", "added"}}),
+                                                  message(":1.2", {{"file:///a", "modified"}})));
+}
+
+TEST(BadgeAnswers, ABadgeThatNobodyWaitsForIsAChangeForEveryone) {
+  BadgeAnswers answers;
+  answers.noteRequest(":1.1", "file:///a");
+  answers.setBadge("", "file:///b");
+  answers.setBadge("", "file:///a/");
+  EXPECT_THAT(answers.takeMessages(),
+              ElementsAre(message("", {{"file:///b", ""}, {"file:///a/", ""}})));
+}
+
+TEST(BadgeAnswers, AClientThatAsksTwiceIsAnsweredTwiceInOneMessage) {
+  BadgeAnswers answers;
+  answers.noteRequest(":1.1", "file:///a");
+  answers.noteRequest(":1.1", "file:///a");
+  answers.setBadge("added", "file:///a");
+  answers.setBadge("added", "file:///a");
+  EXPECT_THAT(answers.takeMessages(),
+              ElementsAre(message(":1.1", {{"file:///a", "added"}, {"file:///a", "added"}})));
+}
+
+TEST(BadgeAnswers, WhatWasTakenIsNotTakenAgain) {
+  BadgeAnswers answers;
+  answers.setBadge("added", "file:///a");
+  answers.takeMessages();
+  EXPECT_THAT(answers.takeMessages(), IsEmpty());
+}
+
+}  // namespace
