@@ -19,8 +19,8 @@ enum class BookmarkCreationOptions : unsigned {
 };
 
 struct ResolvedBookmark {
-  FileURL url;   // a directory URL
-  bool isStale;  // still resolvable, but should be created anew
+  FileURL url;           // a directory URL
+  bool isStale = false;  // still resolvable, but should be created anew
 };
 
 class Bookmarks {

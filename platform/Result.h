@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace platform {
@@ -12,9 +13,9 @@ class Result {
  public:
   Result(T value) : value_(std::move(value)) {}  // NOLINT: a value is a result
 
-  static Result failure(std::string reason) {
+  static Result failure(std::string_view reason) {
     Result result;
-    result.reason_ = std::move(reason);
+    result.reason_ = reason;
     return result;
   }
 

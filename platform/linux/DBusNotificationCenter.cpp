@@ -47,8 +47,9 @@ void DBusNotificationCenter::addObserver(const std::string &name, std::function<
   const SignalName signal = signalNameOf(name);
   subscriptions_.push_back(g_dbus_connection_signal_subscribe(
       connection_.get(), nullptr, signal.interface.c_str(), signal.member.c_str(), nullptr, nullptr,
-      G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, signalArrived, new Handler(std::move(handler)),
-      freeHandler));  // NOLINT: the C side owns it
+      G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, signalArrived,
+      new Handler(std::move(handler)),  // NOLINT: the C side owns it
+      freeHandler));
 
   // The rule is added by a call that waits for its answer: from here on nothing is missed.
   const std::string rule =

@@ -103,7 +103,8 @@ std::optional<std::string> renamedPath(const std::string &path, const Identity &
   std::optional<std::string> found;
   const std::string prefix = folder == "/" ? folder : folder + "/";
   while (const char *name = g_dir_read_name(directory.get())) {
-    const std::string candidate = prefix + name + rest;
+    std::string candidate = prefix;
+    candidate.append(name).append(rest);
     const std::optional<Identity> candidateIdentity = identityAtPath(candidate, error);
     if (!candidateIdentity || !matches(identity, *candidateIdentity)) {
       continue;
@@ -111,7 +112,7 @@ std::optional<std::string> renamedPath(const std::string &path, const Identity &
     if (found) {
       return std::nullopt;  // two that could be meant
     }
-    found = candidate;
+    found = std::move(candidate);
   }
   return found;
 }
@@ -151,7 +152,7 @@ Result<ResolvedBookmark> LinuxBookmarks::resolveBookmarkData(const Data &data,
 
 Result<Data> LinuxBookmarks::bookmarkDataForURL(const FileURL &url,
                                                 BookmarkCreationOptions options) {
-  const std::string path = url.path();
+  const std::string &path = url.path();
   const auto identity = resultWithin<Result<Identity>>(patience_, [path] {
     int error = 0;
     const std::optional<Identity> found = identityAtPath(path, error);

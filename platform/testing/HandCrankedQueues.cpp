@@ -51,7 +51,7 @@ void HandCrankedQueues::enqueueAfter(std::chrono::nanoseconds delay, Pending pen
   delayed_.emplace(elapsed_ + delay, std::move(pending));
 }
 
-void HandCrankedQueues::run(Pending pending) {
+void HandCrankedQueues::run(const Pending &pending) {
   const Queue *outer = running_;
   running_ = pending.queue;
   pending.block();
@@ -60,9 +60,9 @@ void HandCrankedQueues::run(Pending pending) {
 
 void HandCrankedQueues::runUntilIdle() {
   while (!due_.empty()) {
-    Pending next = std::move(due_.front());
+    const Pending next = std::move(due_.front());
     due_.pop_front();
-    run(std::move(next));
+    run(next);
   }
 }
 
@@ -70,9 +70,9 @@ void HandCrankedQueues::runUntilIdle(const std::string &label) {
   const auto ofLabel = [&label](const Pending &pending) { return pending.label == label; };
   for (auto next = std::find_if(due_.begin(), due_.end(), ofLabel); next != due_.end();
        next = std::find_if(due_.begin(), due_.end(), ofLabel)) {
-    Pending pending = std::move(*next);
+    const Pending pending = std::move(*next);
     due_.erase(next);
-    run(std::move(pending));
+    run(pending);
   }
 }
 

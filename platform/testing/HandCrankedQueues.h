@@ -54,7 +54,7 @@ class HandCrankedQueues final : public Queues, public Clock {
 
   void enqueue(Pending pending);
   void enqueueAfter(std::chrono::nanoseconds delay, Pending pending);
-  void run(Pending pending);
+  void run(const Pending &pending);
 
   std::vector<std::string> labels_;
   std::shared_ptr<HandCrankedQueue> main_;

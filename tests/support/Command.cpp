@@ -44,6 +44,7 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
     g_subprocess_launcher_set_cwd(launcher.get(), options.directory.c_str());
   }
   std::vector<const char *> argv;
+  argv.reserve(arguments.size() + 1);
   for (const std::string &argument : arguments) {
     argv.push_back(argument.c_str());
   }

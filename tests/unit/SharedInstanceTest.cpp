@@ -11,6 +11,7 @@ TEST(SharedWorkingCopies, ConcurrentFirstCallsMakeOneRegistry) {
   std::atomic<bool> go{false};
   std::vector<KTRFinderSyncWorkingCopies *> seen(8);
   std::vector<std::thread> threads;
+  threads.reserve(seen.size());
   for (auto &slot : seen) {
     threads.emplace_back([&slot, &go] {
       while (!go) {

@@ -1,0 +1,59 @@
+# All that a newcomer needs. "make help" lists it.
+
+PREFIX ?= /usr/local
+JOBS ?= $(shell nproc)
+
+RELEASE := build/release
+BUILD = cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configure.log; exit 1; }; \
+	cmake --build --preset $(1) -- -j$(JOBS)
+
+.PHONY: help deps release run test check-long bench install format lint clean
+
+help:
+	@echo "make run              show the badges of a sample working copy, answered over a private bus"
+	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
+	@echo "make test             build and run all tests, also under the sanitizers"
+	@echo "make check-long       what takes longer than a coffee: more oracle runs, all sanitizers"
+	@echo "make bench            compare with 'svn status', as a table"
+	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
+	@echo "make deps             install the Debian packages that are missing"
+	@echo "make format, lint     format the sources; check their format and run the linter"
+	@echo "make clean            remove everything that was built"
+
+deps:
+	@tools/install-dependencies
+
+release: deps
+	@mkdir -p build
+	@$(call BUILD,release)
+
+run: release
+	@tools/run "$(RELEASE)" $(if $(WC),"$(WC)")
+
+test: deps
+	@mkdir -p build
+	@JOBS=$(JOBS) tools/test
+
+check-long: deps
+	@mkdir -p build
+	@JOBS=$(JOBS) tools/check-long
+
+bench: release
+	@tools/bench "$(RELEASE)"
+
+install: deps
+	@mkdir -p build
+	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF
+	cmake --build build/install -- -j$(JOBS)
+	DESTDIR="$(DESTDIR)" cmake --install build/install
+
+format:
+	clang-format-14 -i $$(tools/sources)
+
+lint: deps
+	@mkdir -p build
+	@$(call BUILD,debug)
+	@JOBS=$(JOBS) tools/lint
+
+clean:
+	rm -rf build
