@@ -43,22 +43,22 @@ int milliseconds(std::chrono::seconds duration) {
   return static_cast<int>(std::chrono::milliseconds(duration).count());
 }
 
-VariantHandle callDriver(GDBusConnection *connection, const char *method, GVariant *arguments,
-                         const char *replyType, std::chrono::seconds patience, ErrorHandle &error) {
-  return VariantHandle(g_dbus_connection_call_sync(
-      connection, driverName, driverPath, driverName, method, arguments, G_VARIANT_TYPE(replyType),
-      G_DBUS_CALL_FLAGS_NONE, milliseconds(patience), nullptr, ErrorOut(error)));
-}
-
 // The process that has the extension's name, started if there is none.
 std::optional<std::string> startedOwner(GDBusConnection *connection, std::chrono::seconds patience,
                                         ErrorHandle &error) {
-  if (callDriver(connection, "StartServiceByName", g_variant_new("(su)", busName, 0U), "(u)",
-                 patience, error) == nullptr) {
+  const auto call = [&](const char *name, const char *path, const char *interface,
+                        const char *method, GVariant *arguments) {
+    return VariantHandle(g_dbus_connection_call_sync(
+        connection, name, path, interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE,
+        milliseconds(patience), nullptr, ErrorOut(error)));
+  };
+  // Any call to a name makes the bus start what has it. Asking the bus itself to do so would fail
+  // where the extension was started by hand and is not installed.
+  if (call(busName, objectPath, "org.freedesktop.DBus.Peer", "Ping", nullptr) == nullptr) {
     return std::nullopt;
   }
   const VariantHandle reply =
-      callDriver(connection, "GetNameOwner", g_variant_new("(s)", busName), "(s)", patience, error);
+      call(driverName, driverPath, driverName, "GetNameOwner", g_variant_new("(s)", busName));
   if (reply == nullptr) {
     return std::nullopt;
   }
@@ -124,7 +124,7 @@ BadgeClient::~BadgeClient() {
 }
 
 std::string BadgeClient::silenceMessage() const {
-  return "the extension has not answered for " + std::to_string(patience_.count()) + " seconds";
+  return "the extension has not answered for " + std::to_string(patience_.count()) + " s";
 }
 
 Result<std::vector<std::string>> BadgeClient::directoryPaths() {

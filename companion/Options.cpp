@@ -146,4 +146,9 @@ Result<Options> optionsFromArguments(const std::vector<std::string> &arguments) 
   return readCommandArguments(*syntax, arguments);
 }
 
+std::string commandForHelp(const std::vector<std::string> &arguments) {
+  const bool namesCommand = !arguments.empty() && syntaxOfCommand(arguments.front()) != nullptr;
+  return "halvern " + (namesCommand ? arguments.front() + " " : std::string()) + "--help";
+}
+
 }  // namespace companion

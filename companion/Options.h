@@ -30,4 +30,7 @@ struct Options {
 // `arguments` are those after the program's name. Fails with what is wrong with them.
 platform::Result<Options> optionsFromArguments(const std::vector<std::string> &arguments);
 
+// What to type to learn what would have been right.
+std::string commandForHelp(const std::vector<std::string> &arguments);
+
 }  // namespace companion

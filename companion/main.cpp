@@ -42,10 +42,11 @@ ExitStatus run(const Options &options, Output &output) {
 
 int main(int argumentCount, char **arguments) {
   prepareStandardStreams();
-  const auto options = optionsFromArguments({arguments + 1, arguments + argumentCount});
+  const std::vector<std::string> given(arguments + 1, arguments + argumentCount);
+  const auto options = optionsFromArguments(given);
   if (!options) {
     printError(options.reason());
-    printError("try: halvern --help");
+    printError("try: " + commandForHelp(given));
     return exitUsage;
   }
   Output output;

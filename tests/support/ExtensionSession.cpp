@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <stdexcept>
-#include <sys/pidfd.h>
 #include <unistd.h>
+
+// glibc 2.36 forgets to say that these are C functions.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 #include "platform/linux/LinuxPropertyListFiles.h"
 
@@ -85,9 +89,9 @@ void ExtensionSession::writeServiceFile(const Setup &setup) const {
   for (const auto &[name, value] : environment_.environment) {
     command += " '" + name + "=" + value + "'";
   }
-  command += " " + (setup.extensionCommand.empty()
-                        ? std::string("'" HALVERN_FINDER_SYNC_PROGRAM "'")
-                        : setup.extensionCommand);
+  command +=
+      " " + (setup.extensionCommand.empty() ? std::string("'" HALVERN_FINDER_SYNC_PROGRAM "'")
+                                            : setup.extensionCommand);
   writeFile(directory_ / "services/com.morvane.v3.finder.service",
             "[D-BUS Service]\nName=com.morvane.v3.finder\nExec=" + command + "\n");
 }
