@@ -1,0 +1,43 @@
+#include "companion/AbsolutePath.h"
+
+#include <cerrno>
+#include <filesystem>
+
+#include "platform/linux/GLibHandles.h"
+#include "platform/linux/LinuxPaths.h"
+
+namespace companion {
+
+using platform::Result;
+
+namespace {
+
+// By the name under which the user entered it, where the shell says so.
+Result<std::string> currentDirectory() {
+  // GLib answers "/" where there is no current directory any more.
+  std::error_code error;
+  const std::filesystem::path physical = std::filesystem::current_path(error);
+  if (error) {
+    return Result<std::string>::failure("the current directory: " + error.message());
+  }
+  return std::string(platform::StringHandle(g_get_current_dir()).get());
+}
+
+}  // namespace
+
+Result<std::string> absolutePath(const std::string &path) {
+  if (path.empty()) {
+    return Result<std::string>::failure(g_strerror(ENOENT));
+  }
+  std::string absolute = path;
+  if (!path.starts_with('/')) {
+    Result<std::string> directory = currentDirectory();
+    if (!directory) {
+      return directory;
+    }
+    absolute = *directory + "/" + path;
+  }
+  return platform::LinuxPaths().standardizedPath(absolute);
+}
+
+}  // namespace companion

@@ -1,0 +1,63 @@
+#include "companion/ItemListing.h"
+
+#include <filesystem>
+#include <set>
+
+#include "companion/PathText.h"
+#include "companion/VersionedNames.h"
+
+namespace companion {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Names = std::set<std::string>;
+
+// A folder that cannot be read holds nothing as far as anybody can tell.
+void addItemsOnDisk(const std::string &folder, Names &names) {
+  std::vector<std::string> pending = {""};
+  while (!pending.empty()) {
+    const std::string parent = std::move(pending.back());
+    pending.pop_back();
+    std::error_code error;
+    for (fs::directory_iterator entry(joinedPath(folder, parent), error), end;
+         !error && entry != end; entry.increment(error)) {
+      const std::string name = entry->path().filename();
+      std::error_code unknown;
+      const bool isDirectory = entry->symlink_status(unknown).type() == fs::file_type::directory;
+      if (isDirectory && name == ".svn") {
+        continue;
+      }
+      std::string relative = parent.empty() ? name : joinedPath(parent, name);
+      if (isDirectory) {
+        pending.push_back(relative);
+      }
+      names.insert(std::move(relative));
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<std::string> itemsBeneath(const std::string &folder,
+                                      const std::vector<std::string> &workingCopies) {
+  Names names;
+  addItemsOnDisk(folder, names);
+
+  const std::size_t prefixLength = joinedPath(folder, "x").size() - 1;
+  const auto addVersionedName = [&](std::string_view path) {
+    if (path.size() > prefixLength && isAtOrBelow(path, folder)) {
+      names.emplace(path.substr(prefixLength));
+    }
+  };
+  visitVersionedPaths(folder, addVersionedName);
+  for (const std::string &workingCopy : workingCopies) {
+    if (workingCopy != folder && isAtOrBelow(workingCopy, folder)) {
+      visitVersionedPaths(workingCopy, addVersionedName);
+    }
+  }
+  return {names.begin(), names.end()};
+}
+
+}  // namespace companion

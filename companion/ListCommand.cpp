@@ -1,0 +1,38 @@
+#include "companion/Commands.h"
+#include "companion/ListedPlace.h"
+#include "companion/Manifest.h"
+#include "companion/PathText.h"
+#include "companion/SharedDirectory.h"
+
+namespace companion {
+
+using platform::Result;
+
+ExitStatus listWorkingCopies(Output &output) {
+  const Result<platform::FileURL> directory = sharedDirectoryURL();
+  if (!directory) {
+    printError(directory.reason());
+    return exitFailed;
+  }
+  const Result<Manifest> manifest = Manifest::read(*directory);
+  if (!manifest) {
+    printError(manifest.reason());
+    return exitFailed;
+  }
+  for (const platform::PropertyList &entry : manifest->entries()) {
+    const ListedPlace place = placeOfEntry(entry);
+    if (place.bestPath()) {
+      output.writeLine(escapedPath(*place.bestPath()));
+    }
+    if (!place.currentPath) {
+      const std::string *identifier = textInEntry(entry, "wcID");
+      const std::string name = place.recordedPath      ? escapedPath(*place.recordedPath)
+                               : identifier != nullptr ? "entry " + escapedPath(*identifier)
+                                                       : "an entry without a name";
+      printError(name + ": cannot be reached: " + place.reason);
+    }
+  }
+  return exitDone;
+}
+
+}  // namespace companion

@@ -1,0 +1,60 @@
+#include "companion/ManifestEditor.h"
+
+#include "companion/PathText.h"
+#include "companion/SharedDirectory.h"
+#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/LinuxPropertyListFiles.h"
+
+namespace companion {
+
+using platform::Array;
+using platform::Dictionary;
+using platform::FileURL;
+using platform::Result;
+
+namespace {
+
+// An edit takes milliseconds, unless a listed working copy lies on a network mount that is dead.
+constexpr std::chrono::seconds lockPatience{10};
+
+std::string notWritten(const FileURL &file, const std::string &reason) {
+  return "the list of working copies cannot be written: " + escapedPath(file.path()) + reason;
+}
+
+}  // namespace
+
+Result<ManifestEditor> ManifestEditor::open() {
+  const auto failure = [](std::string message) {
+    return Result<ManifestEditor>::failure(std::move(message));
+  };
+  const Result<FileURL> directory = sharedDirectoryURL();
+  if (!directory) {
+    return failure(directory.reason());
+  }
+  if (!platform::LinuxFileManager().createDirectoryWithIntermediates(*directory)) {
+    return failure(escapedPath(directory->path()) + ": the directory cannot be created");
+  }
+  Result<ManifestLock> lock = ManifestLock::take(*directory, lockPatience);
+  if (!lock) {
+    return failure(lock.reason());
+  }
+  Result<Manifest> manifest = Manifest::read(*directory);
+  if (!manifest) {
+    return failure(manifest.reason());
+  }
+  return ManifestEditor(*directory, std::move(*lock), std::move(*manifest));
+}
+
+std::optional<std::string> ManifestEditor::publish(Array entries) const {
+  const FileURL file = Manifest::urlInDirectory(sharedDirectory_);
+  const Result<Dictionary> next = manifest_.successor(std::move(entries));
+  if (!next) {
+    return notWritten(file, ": " + next.reason());
+  }
+  if (!platform::LinuxPropertyListFiles().writeDictionary(*next, file)) {
+    return notWritten(file, "");
+  }
+  return std::nullopt;
+}
+
+}  // namespace companion

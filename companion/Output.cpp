@@ -1,0 +1,77 @@
+#include "companion/Output.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <glib.h>
+
+namespace companion {
+
+namespace {
+
+constexpr std::size_t pieceSize = 1 << 16;  // bytes
+
+// 0, or the error number.
+int writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = ::write(descriptor, text.data(), text.size());
+    if (count >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+void Output::write(std::string_view text) {
+  held_ += text;
+  if (held_.size() >= pieceSize) {
+    flush();
+  }
+}
+
+void Output::writeLine(std::string_view line) {
+  write(std::string(line) + "\n");
+}
+
+void Output::flush() {
+  if (error_ == 0) {
+    error_ = writeAll(STDOUT_FILENO, held_);
+  }
+  held_.clear();
+}
+
+bool Output::finish() {
+  flush();
+  if (error_ != 0) {
+    printError(std::string("standard output: ") + g_strerror(error_));
+  }
+  return error_ == 0;
+}
+
+void printError(std::string_view message) {
+  // Where it cannot be written, there is nobody left to tell.
+  writeAll(STDERR_FILENO, "halvern: " + std::string(message) + "\n");
+}
+
+void prepareStandardStreams() {
+  std::signal(SIGPIPE, SIG_IGN);
+  // A descriptor that is opened takes the lowest free number. Opened for reading alone, so that
+  // writing to a stream that was closed stays an error.
+  int descriptor = STDIN_FILENO;
+  while (descriptor <= STDERR_FILENO) {
+    descriptor = open("/dev/null", O_RDONLY);
+    if (descriptor < 0) {
+      std::exit(EXIT_FAILURE);  // without a safe standard error nothing can be said
+    }
+  }
+  close(descriptor);
+}
+
+}  // namespace companion

@@ -1,0 +1,38 @@
+// What the program says: results on standard output, all else on standard error.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace companion {
+
+// Standard output, written in large pieces. After an error it swallows what is left; `finish` is
+// where that shows.
+class Output {
+ public:
+  Output() = default;
+  Output(const Output &) = delete;
+  Output &operator=(const Output &) = delete;
+
+  void write(std::string_view text);
+  void writeLine(std::string_view line);
+
+  // Writes what is still held back. False, and the reason on standard error, if anything of all
+  // that was written got lost.
+  bool finish();
+
+ private:
+  void flush();
+
+  std::string held_;
+  int error_ = 0;  // the first error number
+};
+
+// One line on standard error that begins with the program's name.
+void printError(std::string_view message);
+
+// Must come before the first file is opened. A reader that goes away becomes a write error, and a
+// standard stream that the caller closed is not mistaken for a file that is opened later.
+void prepareStandardStreams();
+
+}  // namespace companion

@@ -1,0 +1,32 @@
+#include "companion/VersionedNames.h"
+
+#include "companion/SubversionLibrary.h"
+
+namespace companion {
+
+void visitVersionedPaths(const std::string &folder,
+                         const std::function<void(std::string_view)> &visit) {
+  using Visit = const std::function<void(std::string_view)>;
+  const auto deliver = [](void *baton, const char *path, const svn_client_status_t * /*status*/,
+                          apr_pool_t * /*scratchPool*/) -> svn_error_t * {
+    (*static_cast<Visit *>(baton))(path);
+    return SVN_NO_ERROR;
+  };
+
+  const SubversionPool pool;
+  svn_client_ctx_t *context = nullptr;
+  if (!isAcceptedPath(folder, pool) || createClientContext(&context, pool) != nullptr) {
+    return;
+  }
+  svn_opt_revision_t revision{};
+  revision.kind = svn_opt_revision_unspecified;
+  // What is on disk is found without the library, so its error only ends the list of names.
+  const SubversionError ignored(svn_client_status6(
+      nullptr, context, folder.c_str(), &revision, svn_depth_infinity, /*get_all=*/TRUE,
+      /*check_out_of_date=*/FALSE, /*check_working_copy=*/TRUE, /*no_ignore=*/FALSE,
+      /*ignore_externals=*/FALSE, /*depth_as_sticky=*/FALSE, /*changelists=*/nullptr, deliver,
+      const_cast<void *>(static_cast<const void *>(&visit)),  // NOLINT: handed back as const
+      pool));
+}
+
+}  // namespace companion

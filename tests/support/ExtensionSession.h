@@ -1,0 +1,58 @@
+// A desktop session in small: a private bus that starts the built extension process on first use, a
+// home of its own, and the companion program to run in it. The user's own session, home and
+// Subversion configuration are neither seen nor changed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/PropertyList.h"
+#include "tests/support/Command.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/Subversion.h"
+#include "tests/support/TemporaryDirectory.h"
+
+class ExtensionSession {
+ public:
+  struct Setup {
+    // Without it only the XDG variables say where things are.
+    bool hasHome = true;
+    // What the bus starts in place of the extension; the command line of a service file.
+    std::string extensionCommand;
+    // Whether the bus can start the extension at all.
+    bool isActivatable = true;
+  };
+
+  ExtensionSession() : ExtensionSession(Setup()) {}
+  explicit ExtensionSession(const Setup &setup);
+
+  // Ends the bus and waits until the extension, if it was started, has ended with it.
+  ~ExtensionSession();
+  ExtensionSession(const ExtensionSession &) = delete;
+  ExtensionSession &operator=(const ExtensionSession &) = delete;
+
+  // Everything of the session is below it.
+  const TemporaryDirectory &directory() const { return directory_; }
+  std::string operator/(std::string_view name) const { return directory_ / name; }
+  const PrivateBus &bus() const { return bus_; }
+
+  // Runs `halvern` in the session; `options` change its environment further.
+  CommandResult halvern(const std::vector<std::string> &arguments,
+                        const CommandOptions &options = {}) const;
+
+  // Its command line and environment, for those who start it in another way.
+  static std::string halvernProgram();
+  CommandOptions environment() const;
+
+  // Files in the directory that companion and extension share.
+  std::string sharedPath(std::string_view name = "") const;
+  platform::Dictionary sharedDictionary(std::string_view name) const;
+  void writeSharedDictionary(std::string_view name, const platform::Dictionary &dictionary) const;
+
+ private:
+  void writeServiceFile(const Setup &setup) const;
+
+  const TemporaryDirectory directory_;
+  const CommandOptions environment_;
+  PrivateBus bus_;
+};
