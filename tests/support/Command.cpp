@@ -28,9 +28,8 @@ std::string joined(const std::vector<std::string> &arguments) {
   return text;
 }
 
-}  // namespace
-
-CommandResult runCommand(const std::vector<std::string> &arguments, const CommandOptions &options) {
+ObjectHandle<GSubprocess> startProcess(const std::vector<std::string> &arguments,
+                                       const CommandOptions &options) {
   const ObjectHandle<GSubprocessLauncher> launcher(
       g_subprocess_launcher_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
                                                               G_SUBPROCESS_FLAGS_STDERR_PIPE)));
@@ -51,23 +50,51 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
   argv.push_back(nullptr);
 
   ErrorHandle error;
-  const ObjectHandle<GSubprocess> process(
+  ObjectHandle<GSubprocess> process(
       g_subprocess_launcher_spawnv(launcher.get(), argv.data(), ErrorOut(error)));
   if (process == nullptr) {
     throw std::runtime_error(joined(arguments) + ": " + error->message);
   }
+  return process;
+}
+
+}  // namespace
+
+StartedCommand::StartedCommand(const std::vector<std::string> &arguments,
+                               const CommandOptions &options)
+    : process_(startProcess(arguments, options)), name_(joined(arguments)) {}
+
+StartedCommand::~StartedCommand() {
+  g_subprocess_force_exit(process_.get());
+}
+
+std::string StartedCommand::processIdentifier() const {
+  const char *identifier = g_subprocess_get_identifier(process_.get());
+  return identifier == nullptr ? "" : identifier;
+}
+
+void StartedCommand::sendSignal(int signal) const {
+  g_subprocess_send_signal(process_.get(), signal);
+}
+
+CommandResult StartedCommand::waitForEnd() const {
   GBytes *outputOut = nullptr;
   GBytes *errorsOut = nullptr;
-  if (g_subprocess_communicate(process.get(), nullptr, nullptr, &outputOut, &errorsOut,
+  ErrorHandle error;
+  if (g_subprocess_communicate(process_.get(), nullptr, nullptr, &outputOut, &errorsOut,
                                ErrorOut(error)) == FALSE) {
-    throw std::runtime_error(joined(arguments) + ": " + error->message);
+    throw std::runtime_error(name_ + ": " + error->message);
   }
   const Handle<GBytes, g_bytes_unref> output(outputOut);
   const Handle<GBytes, g_bytes_unref> errors(errorsOut);
-  const int status = g_subprocess_get_if_exited(process.get()) != FALSE
-                         ? g_subprocess_get_exit_status(process.get())
-                         : 128 + g_subprocess_get_term_sig(process.get());
+  const int status = g_subprocess_get_if_exited(process_.get()) != FALSE
+                         ? g_subprocess_get_exit_status(process_.get())
+                         : 128 + g_subprocess_get_term_sig(process_.get());
   return {status, textOfBytes(output.get()), textOfBytes(errors.get())};
+}
+
+CommandResult runCommand(const std::vector<std::string> &arguments, const CommandOptions &options) {
+  return StartedCommand(arguments, options).waitForEnd();
 }
 
 std::string runSuccessfully(const std::vector<std::string> &arguments,

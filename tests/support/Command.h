@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/GLibHandles.h"
+
 struct CommandResult {
   int status = -1;  // the exit status; 128 + N if signal N ended it
   std::string output;
@@ -21,6 +23,25 @@ struct CommandOptions {
 CommandResult runCommand(const std::vector<std::string> &arguments,
                          const CommandOptions &options = {});
 
-// The same; a status other than 0 throws with all that the program said. Returns its output.
+// A program that runs beside the test, and is ended with it if need be.
+class StartedCommand {
+ public:
+  explicit StartedCommand(const std::vector<std::string> &arguments,
+                          const CommandOptions &options = {});
+  ~StartedCommand();
+  StartedCommand(const StartedCommand &) = delete;
+  StartedCommand &operator=(const StartedCommand &) = delete;
+
+  std::string processIdentifier() const;
+  void sendSignal(int signal) const;
+  CommandResult waitForEnd() const;
+
+ private:
+  const platform::ObjectHandle<GSubprocess> process_;
+  const std::string name_;
+};
+
+// The same as `runCommand`; a status other than 0 throws with all that the program said. Returns
+// its output.
 std::string runSuccessfully(const std::vector<std::string> &arguments,
                             const CommandOptions &options = {});

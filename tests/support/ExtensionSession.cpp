@@ -100,6 +100,10 @@ std::string ExtensionSession::halvernProgram() {
   return HALVERN_PROGRAM;
 }
 
+std::string ExtensionSession::extensionProgram() {
+  return HALVERN_FINDER_SYNC_PROGRAM;
+}
+
 CommandOptions ExtensionSession::environment() const {
   CommandOptions options = environment_;
   options.environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();

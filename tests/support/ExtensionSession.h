@@ -42,6 +42,7 @@ class ExtensionSession {
 
   // Its command line and environment, for those who start it in another way.
   static std::string halvernProgram();
+  static std::string extensionProgram();
   CommandOptions environment() const;
 
   // Files in the directory that companion and extension share.
