@@ -1,7 +1,7 @@
 #include "companion/BadgeClient.h"
 
-#include <algorithm>
 #include <set>
+#include <utility>
 
 #include "platform/FileURL.h"
 #include "platform/linux/LinuxPaths.h"
@@ -14,7 +14,6 @@ using platform::FileURL;
 using platform::Handle;
 using platform::ObjectHandle;
 using platform::Result;
-using platform::StringHandle;
 using platform::VariantHandle;
 
 namespace {

@@ -28,6 +28,7 @@ namespace {
 struct Answer {
   std::vector<std::string> recovered;    // paths
   std::vector<std::string> unreachable;  // each with its reason
+  bool isPublished = false;
   std::optional<std::string> failure;
 };
 
@@ -104,6 +105,7 @@ Answer answerRequest(const FileURL &file, const FileURL &taken) {
   }
   if (!answer.recovered.empty()) {
     answer.failure = editor->publish(std::move(entries));
+    answer.isPublished = !answer.failure;
   }
   if (!answer.failure && unlink(taken.path().c_str()) != 0) {
     answer.failure = withReason(taken, g_strerror(errno));
@@ -123,7 +125,7 @@ ExitStatus recoverWorkingCopies(Output &output) {
   const FileURL taken = directory->appendingPathComponent("RecoveryRequest.taken.plist");
 
   ExitStatus status = exitDone;
-  bool recovered = false;
+  bool isPublished = false;
   // A taken request was left by a run that did not come to its end. It comes first, because taking
   // the next one would replace it.
   for (const FileURL &file : {taken, request}) {
@@ -131,21 +133,23 @@ ExitStatus recoverWorkingCopies(Output &output) {
       continue;
     }
     const Answer answer = answerRequest(file, taken);
-    if (answer.failure) {
-      printError(*answer.failure);
-      status = exitFailed;
-      break;
-    }
-    for (const std::string &path : answer.recovered) {
-      output.writeLine("recovered " + escapedPath(path));
-      recovered = true;
+    if (answer.isPublished) {
+      isPublished = true;
+      for (const std::string &path : answer.recovered) {
+        output.writeLine("recovered " + escapedPath(path));
+      }
     }
     for (const std::string &line : answer.unreachable) {
       printError(line);
       status = exitFailed;
     }
+    if (answer.failure) {
+      printError(*answer.failure);
+      status = exitFailed;
+      break;
+    }
   }
-  if (recovered) {
+  if (isPublished) {
     announceManifest();
   } else if (status == exitDone) {
     output.writeLine("nothing to recover");

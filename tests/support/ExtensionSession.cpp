@@ -13,8 +13,6 @@ extern "C" {
 #include "platform/linux/LinuxPropertyListFiles.h"
 
 using platform::Dictionary;
-using platform::ErrorHandle;
-using platform::ErrorOut;
 using platform::FileURL;
 using platform::ObjectHandle;
 using platform::VariantHandle;
@@ -87,7 +85,7 @@ void ExtensionSession::writeServiceFile(const Setup &setup) const {
     command += " -u " + name;
   }
   for (const auto &[name, value] : environment_.environment) {
-    command += " '" + name + "=" + value + "'";
+    command.append(" '").append(name).append("=").append(value).append("'");
   }
   command +=
       " " + (setup.extensionCommand.empty() ? std::string("'" HALVERN_FINDER_SYNC_PROGRAM "'")

@@ -106,7 +106,7 @@ TEST_F(CompanionBadges, OfEverythingNeedNoPath) {
                                                         {"modified", wc / "modified"},
                                                         {"locked", wc / "quiet/locked"},
                                                         {"unversioned", wc / "unversioned"}}) {
-    expected += badge + "\t" + path + "\n";
+    expected.append(badge).append("\t").append(path).append("\n");
   }
   EXPECT_EQ(badges({}), expected);
 }

@@ -279,12 +279,12 @@ TEST_F(CompanionList, LosesNothingToProgramsThatChangeItAtTheSameTime) {
     first.checkOutAgain(names.back());
   }
   std::vector<std::future<CommandResult>> running;
+  running.reserve(names.size());
   for (const std::string &name : names) {
     running.push_back(std::async(std::launch::async, [this, name] {
       return session_.halvern({"add", name});
     }));
   }
-  std::string expected;
   for (std::size_t i = 0; i < names.size(); ++i) {
     expectDone(running[i].get(), "added " + session_ / names[i] + "\n");
   }

@@ -144,3 +144,16 @@ TEST_F(CompanionRecover, LeavesTheRequestWhereTheListCannotBeRead) {
   EXPECT_TRUE(isThere("RecoveryRequest.plist"));
   EXPECT_EQ(readFileForTest(session_.sharedPath("Manifest.plist")), "not a list");
 }
+
+TEST_F(CompanionRecover, TellsRunningExtensionsAlsoWhereALaterRequestCannotBeRead) {
+  const auto connection = session_.bus().connect();
+  platform::DBusNotificationCenter center(connection.get());
+  bool posted = false;
+  center.addObserver("com.morvane.finderSync.manifestUpdated", [&posted] { posted = true; });
+  request({{"ONE", 4}}, "RecoveryRequest.taken.plist");
+  writeFile(session_.sharedPath("RecoveryRequest.plist"), "not a request");
+  const CommandResult result = session_.halvern({"recover"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "recovered " + session_ / "one" + "\n");
+  EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted; }));
+}
