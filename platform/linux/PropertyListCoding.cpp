@@ -153,7 +153,8 @@ plist_t newNode(const PropertyList &value) {
   return std::visit(NodeMaker(), value.value());
 }
 
-// XML has no place for the other control characters, nor libplist for a NUL byte.
+// XML has no place for the other control characters and for two that are none, nor libplist for a
+// NUL byte.
 bool isXMLText(std::string_view text) {
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
@@ -161,7 +162,8 @@ bool isXMLText(std::string_view text) {
       return false;
     }
   }
-  return isValidUTF8(text);
+  return text.find("\uFFFE") == std::string_view::npos &&
+         text.find("\uFFFF") == std::string_view::npos && isValidUTF8(text);
 }
 
 bool isXMLValue(const PropertyList &value) {
