@@ -224,7 +224,17 @@ std::optional<std::string> xmlPropertyList(const Dictionary &dictionary) {
   if (text == nullptr) {
     return std::nullopt;
   }
-  return std::string(text.get(), length);
+  // XML's readers take a carriage return for a line feed unless it is written as a reference.
+  std::string xml;
+  xml.reserve(length);
+  for (const char character : std::string_view(text.get(), length)) {
+    if (character == '\r') {
+      xml += "&#13;";
+    } else {
+      xml += character;
+    }
+  }
+  return xml;
 }
 
 Data binaryPropertyList(const Dictionary &dictionary) {
