@@ -1,6 +1,6 @@
 #include "platform/linux/PropertyListCoding.h"
 
-#include <cmath>
+#include <limits>
 
 #include <plist/plist.h>
 
@@ -166,7 +166,18 @@ bool isXMLText(std::string_view text) {
          text.find("\uFFFF") == std::string_view::npos && isValidUTF8(text);
 }
 
+// libplist counts a date's seconds in 32 bits.
+bool isDateInRange(const Date &date) {
+  using Seconds = std::numeric_limits<std::int32_t>;
+  const auto seconds =
+      std::chrono::floor<std::chrono::seconds>(date.time_since_epoch()) - plistEpoch;
+  return seconds.count() >= Seconds::min() && seconds.count() <= Seconds::max();
+}
+
 bool isXMLValue(const PropertyList &value) {
+  if (const auto *date = value.as<Date>()) {
+    return isDateInRange(*date);
+  }
   if (const auto *text = value.as<std::string>()) {
     return isXMLText(*text);
   }
