@@ -5,6 +5,7 @@
 #include "companion/Output.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/MainContextQueues.h"
 
 namespace companion {
 
@@ -20,7 +21,8 @@ void announceManifest() {
   VariantHandle answer;
   if (connection != nullptr) {
     g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
-    platform::DBusNotificationCenter(connection.get())
+    platform::MainContextQueues queues;
+    platform::DBusNotificationCenter(connection.get(), queues.mainQueue())
         .postNotification("com.morvane.finderSync.manifestUpdated");
     // The bus takes messages in order: its answer to this one says that it has the one before.
     answer.reset(g_dbus_connection_call_sync(

@@ -19,6 +19,8 @@ svn_error_t *deliverEntry(void *baton, const char *path, const svn_client_status
     return (*static_cast<const KTRWorkingCopyEntryBlock *>(baton))(path, status, nullptr);
   } catch (const std::exception &exception) {
     return svn_error_create(SVN_ERR_BASE, nullptr, exception.what());
+  } catch (...) {
+    return svn_error_create(SVN_ERR_BASE, nullptr, "The entry block has failed");
   }
 }
 

@@ -21,35 +21,50 @@ SignalName signalNameOf(const std::string &name) {
   return result;
 }
 
-using Handler = std::function<void()>;
+struct Observer {
+  SignalName signal;
+  std::function<void()> handler;
+  Queue &mainQueue;
 
-void signalArrived(GDBusConnection *, const char *, const char *, const char *, const char *,
-                   GVariant *, gpointer data) {
-  (*static_cast<Handler *>(data))();
+  bool observes(GDBusMessage *message) const {
+    return g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_SIGNAL &&
+           signal.interface == g_dbus_message_get_interface(message) &&
+           signal.member == g_dbus_message_get_member(message);
+  }
+};
+
+// Runs on GIO's own thread for each message, in the order in which they arrive and before the next
+// one is looked at. A subscription would be dispatched side by side with the calls that follow.
+GDBusMessage *messagePassed(GDBusConnection * /*connection*/, GDBusMessage *message,
+                            gboolean isIncoming, gpointer data) {
+  const auto &observer = *static_cast<const Observer *>(data);
+  if (isIncoming != FALSE && observer.observes(message)) {
+    observer.mainQueue.async(observer.handler);
+  }
+  return message;
 }
 
-void freeHandler(gpointer data) {
-  delete static_cast<Handler *>(data);  // NOLINT: the C side owns it
+void freeObserver(gpointer data) {
+  delete static_cast<Observer *>(data);  // NOLINT: the C side owns it
 }
 
 }  // namespace
 
-DBusNotificationCenter::DBusNotificationCenter(GDBusConnection *connection)
-    : connection_(G_DBUS_CONNECTION(g_object_ref(connection))) {}
+DBusNotificationCenter::DBusNotificationCenter(GDBusConnection *connection, Queue &mainQueue)
+    : connection_(G_DBUS_CONNECTION(g_object_ref(connection))), mainQueue_(mainQueue) {}
 
 DBusNotificationCenter::~DBusNotificationCenter() {
-  for (const guint subscription : subscriptions_) {
-    g_dbus_connection_signal_unsubscribe(connection_.get(), subscription);
+  for (const guint filter : filters_) {
+    g_dbus_connection_remove_filter(connection_.get(), filter);
   }
 }
 
 void DBusNotificationCenter::addObserver(const std::string &name, std::function<void()> handler) {
   const SignalName signal = signalNameOf(name);
-  subscriptions_.push_back(g_dbus_connection_signal_subscribe(
-      connection_.get(), nullptr, signal.interface.c_str(), signal.member.c_str(), nullptr, nullptr,
-      G_DBUS_SIGNAL_FLAGS_NO_MATCH_RULE, signalArrived,
-      new Handler(std::move(handler)),  // NOLINT: the C side owns it
-      freeHandler));
+  filters_.push_back(g_dbus_connection_add_filter(
+      connection_.get(), messagePassed,
+      new Observer{signal, std::move(handler), mainQueue_},  // NOLINT: the C side owns it
+      freeObserver));
 
   // The rule is added by a call that waits for its answer: from here on nothing is missed.
   const std::string rule =

@@ -3,15 +3,19 @@
 #include <vector>
 
 #include "platform/DistributedNotifications.h"
+#include "platform/Queues.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace platform {
 
-// A notification "a.b.c" is the D-Bus signal "c" of the interface "a.b", without arguments. Made on
-// the main thread and used there. A posting on a lost connection goes nowhere.
+// A notification "a.b.c" is the D-Bus signal "c" of the interface "a.b", without arguments. A
+// posting on a lost connection goes nowhere.
+//
+// Handlers run on the main queue, before any message is answered that reached this process after
+// the notification did. For one thread; the main queue must outlive it.
 class DBusNotificationCenter final : public DistributedNotificationCenter {
  public:
-  explicit DBusNotificationCenter(GDBusConnection *connection);
+  DBusNotificationCenter(GDBusConnection *connection, Queue &mainQueue);
   ~DBusNotificationCenter() override;
   DBusNotificationCenter(const DBusNotificationCenter &) = delete;
   DBusNotificationCenter &operator=(const DBusNotificationCenter &) = delete;
@@ -21,7 +25,8 @@ class DBusNotificationCenter final : public DistributedNotificationCenter {
 
  private:
   const ObjectHandle<GDBusConnection> connection_;
-  std::vector<guint> subscriptions_;
+  Queue &mainQueue_;
+  std::vector<guint> filters_;
 };
 
 }  // namespace platform

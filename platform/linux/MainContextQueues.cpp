@@ -1,6 +1,7 @@
 #include "platform/linux/MainContextQueues.h"
 
 #include <future>
+#include <map>
 
 namespace platform {
 
@@ -68,8 +69,30 @@ class SerialQueue final : public MainContextQueue {
 
 }  // namespace
 
+// The blocks whose time has not come. A main context runs sources that it finds due together in the
+// order of their making, so each timer runs the block that is due first, whosesoever it was.
+class MainContextQueue::DelayedBlocks {
+ public:
+  void add(gint64 readyTime, Block block) {
+    const LockGuard guard(lock_);
+    blocks_.emplace(readyTime, std::move(block));
+  }
+
+  Block takeFirst() {
+    const LockGuard guard(lock_);
+    return std::move(blocks_.extract(blocks_.begin()).mapped());
+  }
+
+ private:
+  Lock lock_;
+  std::multimap<gint64, Block> blocks_ KTR_GUARDED_BY(lock_);
+};
+
 MainContextQueue::MainContextQueue(GMainContext *context, int priority, std::thread::id thread)
-    : context_(context), priority_(priority), thread_(thread) {}
+    : delayed_(std::make_shared<DelayedBlocks>()),
+      context_(context),
+      priority_(priority),
+      thread_(thread) {}
 
 void MainContextQueue::async(Block block) {
   attach(0, std::move(block));
@@ -77,7 +100,9 @@ void MainContextQueue::async(Block block) {
 
 void MainContextQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {
   const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
-  attach(g_get_monotonic_time() + microseconds, std::move(block));
+  const gint64 readyTime = g_get_monotonic_time() + microseconds;
+  delayed_->add(readyTime, std::move(block));
+  attach(readyTime, [delayed = delayed_] { delayed->takeFirst()(); });
 }
 
 void MainContextQueue::attach(gint64 readyTime, Block block) {

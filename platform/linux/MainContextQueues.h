@@ -26,6 +26,9 @@ class MainContextQueue : public Queue {
   // `readyTime` in microseconds of the monotonic clock; 0 means at once.
   void attach(gint64 readyTime, Block block);
 
+  class DelayedBlocks;
+
+  const std::shared_ptr<DelayedBlocks> delayed_;
   GMainContext *const context_;
   const int priority_;
   std::thread::id thread_;

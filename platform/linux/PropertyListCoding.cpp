@@ -1,6 +1,6 @@
 #include "platform/linux/PropertyListCoding.h"
 
-#include <cmath>
+#include <limits>
 
 #include <plist/plist.h>
 
@@ -153,7 +153,8 @@ plist_t newNode(const PropertyList &value) {
   return std::visit(NodeMaker(), value.value());
 }
 
-// XML has no place for the other control characters, nor libplist for a NUL byte.
+// XML has no place for the other control characters and for two that are none, nor libplist for a
+// NUL byte.
 bool isXMLText(std::string_view text) {
   for (const char character : text) {
     const auto byte = static_cast<unsigned char>(character);
@@ -161,10 +162,22 @@ bool isXMLText(std::string_view text) {
       return false;
     }
   }
-  return isValidUTF8(text);
+  return text.find("\uFFFE") == std::string_view::npos &&
+         text.find("\uFFFF") == std::string_view::npos && isValidUTF8(text);
+}
+
+// libplist counts a date's seconds in 32 bits.
+bool isDateInRange(const Date &date) {
+  using Seconds = std::numeric_limits<std::int32_t>;
+  const auto seconds =
+      std::chrono::floor<std::chrono::seconds>(date.time_since_epoch()) - plistEpoch;
+  return seconds.count() >= Seconds::min() && seconds.count() <= Seconds::max();
 }
 
 bool isXMLValue(const PropertyList &value) {
+  if (const auto *date = value.as<Date>()) {
+    return isDateInRange(*date);
+  }
   if (const auto *text = value.as<std::string>()) {
     return isXMLText(*text);
   }
@@ -222,7 +235,17 @@ std::optional<std::string> xmlPropertyList(const Dictionary &dictionary) {
   if (text == nullptr) {
     return std::nullopt;
   }
-  return std::string(text.get(), length);
+  // XML's readers take a carriage return for a line feed unless it is written as a reference.
+  std::string xml;
+  xml.reserve(length);
+  for (const char character : std::string_view(text.get(), length)) {
+    if (character == '\r') {
+      xml += "&#13;";
+    } else {
+      xml += character;
+    }
+  }
+  return xml;
 }
 
 Data binaryPropertyList(const Dictionary &dictionary) {

@@ -32,7 +32,7 @@ ElementKind kindOfElement(std::string_view name) {
 
 struct OpenElement {
   ElementKind kind;
-  unsigned children = 0;
+  unsigned children = 0;  // a whole number's text counts as one
 };
 
 struct XMLCheck {
@@ -87,9 +87,10 @@ void endElement(GMarkupParseContext *, const char *, gpointer data, GError **err
   auto &check = *static_cast<XMLCheck *>(data);
   const OpenElement element = check.open.back();
   check.open.pop_back();
-  const bool complete = element.kind == ElementKind::dictionary ? element.children % 2 == 0
-                        : element.kind == ElementKind::list     ? element.children == 1
-                                                                : true;
+  const bool complete = element.kind == ElementKind::dictionary    ? element.children % 2 == 0
+                        : element.kind == ElementKind::list        ? element.children == 1
+                        : element.kind == ElementKind::wholeNumber ? element.children == 1
+                                                                   : true;
   if (!complete) {
     refuse(error);
   }
@@ -101,7 +102,7 @@ bool isBlank(std::string_view text) {
 
 void readText(GMarkupParseContext *, const char *text, gsize length, gpointer data,
               GError **error) {
-  const auto &check = *static_cast<XMLCheck *>(data);
+  auto &check = *static_cast<XMLCheck *>(data);
   const ElementKind kind = check.open.empty() ? ElementKind::list : check.open.back().kind;
   const bool valid =
       kind == ElementKind::leaf || kind == ElementKind::key ? true
@@ -111,6 +112,8 @@ void readText(GMarkupParseContext *, const char *text, gsize length, gpointer da
           : isBlank({text, length});
   if (!valid) {
     refuse(error);
+  } else if (kind == ElementKind::wholeNumber) {
+    ++check.open.back().children;
   }
 }
 
@@ -252,6 +255,9 @@ bool isBinaryPropertyList(std::string_view bytes) {
 }
 
 bool isWellFormedXMLPropertyList(std::string_view bytes) {
+  if (bytes.empty()) {
+    return false;  // GLib does not take a null pointer for an empty text
+  }
   static constexpr GMarkupParser parser = {beginElement, endElement, readText, nullptr, nullptr};
   XMLCheck check;
   const Handle<GMarkupParseContext, g_markup_parse_context_unref> context(

@@ -7,6 +7,7 @@
 
 #include "companion/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
+#include "platform/linux/MainContextQueues.h"
 #include "tests/support/ExtensionSession.h"
 
 using platform::Array;
@@ -90,7 +91,8 @@ TEST_F(CompanionList, ReachesAnExtensionThatIsRunning) {
 TEST_F(CompanionList, PostsANotificationAfterEachChange) {
   const WorkingCopy wc(session_.directory());
   const auto connection = session_.bus().connect();
-  platform::DBusNotificationCenter center(connection.get());
+  platform::MainContextQueues queues;
+  platform::DBusNotificationCenter center(connection.get(), queues.mainQueue());
   int posted = 0;
   center.addObserver("com.morvane.finderSync.manifestUpdated", [&posted] { ++posted; });
 

@@ -5,6 +5,7 @@
 #include "companion/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/MainContextQueues.h"
 #include "tests/support/ExtensionSession.h"
 
 using platform::Array;
@@ -76,7 +77,8 @@ TEST_F(CompanionRecover, RenewsTheBookmarkOfWhatWasRenamed) {
 
 TEST_F(CompanionRecover, TellsRunningExtensions) {
   const auto connection = session_.bus().connect();
-  platform::DBusNotificationCenter center(connection.get());
+  platform::MainContextQueues queues;
+  platform::DBusNotificationCenter center(connection.get(), queues.mainQueue());
   bool posted = false;
   center.addObserver("com.morvane.finderSync.manifestUpdated", [&posted] { posted = true; });
   request({{"ONE", 5}});
@@ -147,7 +149,8 @@ TEST_F(CompanionRecover, LeavesTheRequestWhereTheListCannotBeRead) {
 
 TEST_F(CompanionRecover, TellsRunningExtensionsAlsoWhereALaterRequestCannotBeRead) {
   const auto connection = session_.bus().connect();
-  platform::DBusNotificationCenter center(connection.get());
+  platform::MainContextQueues queues;
+  platform::DBusNotificationCenter center(connection.get(), queues.mainQueue());
   bool posted = false;
   center.addObserver("com.morvane.finderSync.manifestUpdated", [&posted] { posted = true; });
   request({{"ONE", 4}}, "RecoveryRequest.taken.plist");

@@ -104,7 +104,7 @@ TEST_F(HostileInput, BookmarksOfGarbageCostOnlyTheirOwnWorkingCopies) {
   for (const std::string &garbage : {std::string(), std::string("garbage"), std::string("bplist00"),
                                      std::string(5000, '\xff')}) {
     const auto *bytes = reinterpret_cast<const std::byte *>(garbage.data());
-    entries.emplace_back(Dictionary{{"wcID", garbage.substr(0, 3)},
+    entries.emplace_back(Dictionary{{"wcID", std::to_string(garbage.size())},
                                     {"bookmark", Data(bytes, bytes + garbage.size())}});
   }
   entries.emplace_back(entryFor(healthy.path()));

@@ -14,7 +14,7 @@ namespace {
 
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
-      : notificationCenter(connection),
+      : notificationCenter(connection, queues.mainQueue()),
         services{clock,
                  queues,
                  paths,

@@ -1,0 +1,130 @@
+// What depends on a directory in "/" or on a full disk. The launcher of this program gives it a "/"
+// of its own, with an empty "/private" and a file system of 64 KiB at "/small".
+#include <fstream>
+#include <gtest/gtest.h>
+
+#include "platform/linux/AtomicFile.h"
+#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/LinuxUserDefaults.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryDirectory.h"
+
+using platform::Dictionary;
+using platform::FileURL;
+using platform::LinuxPaths;
+using platform::PropertyList;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string standardized(std::string_view path) {
+  return LinuxPaths().standardizedPath(path);
+}
+
+class PrivateDirectory : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(fs::is_directory("/private")) << "This program runs without its launcher";
+    fs::create_directories("/private/halvern/folder");
+  }
+  void TearDown() override {
+    fs::remove_all("/private/halvern");
+    fs::remove_all("/halvern");
+  }
+};
+
+class FullDisk : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(fs::is_directory("/small")) << "This program runs without its launcher";
+    ASSERT_LE(fs::space("/small").capacity, 65536U);
+  }
+  void TearDown() override {
+    for (const auto &entry : fs::directory_iterator("/small")) {
+      fs::remove_all(entry);
+    }
+  }
+
+  // Takes what is left of the file system.
+  static void fill() {
+    std::ofstream stream("/small/filler", std::ios::binary);
+    const std::string block(1024, 'x');
+    while (stream << block << std::flush) {
+    }
+    ASSERT_EQ(fs::space("/small").available, 0U);
+  }
+
+  static std::ptrdiff_t entryCount(const std::string &path) {
+    return std::distance(fs::directory_iterator(path), {});
+  }
+};
+
+}  // namespace
+
+TEST_F(PrivateDirectory, TheInitialPrivateIsDroppedWhereBothPathsNameOneItem) {
+  fs::create_directory_symlink("private/halvern", "/halvern");
+  EXPECT_EQ(standardized("/private/halvern"), "/halvern");
+  EXPECT_EQ(standardized("/private/halvern/folder/"), "/halvern/folder");
+  EXPECT_EQ(standardized("//private/./halvern//folder"), "/halvern/folder");
+  EXPECT_EQ(standardized("/private/x/../halvern/folder"), "/halvern/folder");
+}
+
+TEST_F(PrivateDirectory, TheInitialPrivateStaysWhereThePathsNameTwoItems) {
+  fs::create_directories("/halvern/folder");
+  EXPECT_EQ(standardized("/private/halvern"), "/private/halvern");
+  EXPECT_EQ(standardized("/private/halvern/folder"), "/private/halvern/folder");
+}
+
+TEST_F(PrivateDirectory, TheInitialPrivateStaysWhereOneOfThePathsNamesNothing) {
+  EXPECT_EQ(standardized("/private/halvern/folder"), "/private/halvern/folder");
+  EXPECT_EQ(standardized("/private/halvern/missing"), "/private/halvern/missing");
+  fs::create_directory_symlink("private/halvern", "/halvern");
+  EXPECT_EQ(standardized("/private/halvern/missing"), "/private/halvern/missing");
+}
+
+TEST_F(PrivateDirectory, TheDirectoryItselfAndOthersThatBeginLikeItStay) {
+  EXPECT_EQ(standardized("/private"), "/private");
+  EXPECT_EQ(standardized("/private/"), "/private");
+  EXPECT_EQ(standardized("/privateer"), "/privateer");
+  fs::create_directories("/halvern/private/halvern");
+  EXPECT_EQ(standardized("/halvern/private/halvern"), "/halvern/private/halvern");
+}
+
+TEST_F(FullDisk, TheOldFileStaysAndNothingIsLeftBeside) {
+  ASSERT_TRUE(platform::replaceFile("/small/file", "old"));
+  fill();
+  EXPECT_FALSE(platform::replaceFile("/small/file", std::string(8192, 'n')));
+  EXPECT_FALSE(platform::replaceFile("/small/another", std::string(8192, 'n')));
+  EXPECT_EQ(readFileForTest("/small/file"), "old");
+  EXPECT_EQ(entryCount("/small"), 2);
+}
+
+TEST_F(FullDisk, AFileThatFitsOnlyInPartIsNotWritten) {
+  ASSERT_TRUE(platform::replaceFile("/small/file", "old"));
+  EXPECT_FALSE(platform::replaceFile("/small/file", std::string(100'000, 'n')));
+  EXPECT_EQ(readFileForTest("/small/file"), "old");
+  EXPECT_EQ(entryCount("/small"), 1);
+}
+
+TEST_F(FullDisk, AnOldPropertyListStays) {
+  platform::LinuxPropertyListFiles files;
+  const FileURL url = FileURL::fromPath("/small/list.plist");
+  ASSERT_TRUE(files.writeDictionary({{"key", "old"}}, url));
+  fill();
+  EXPECT_FALSE(files.writeDictionary({{"key", std::string(8192, 'n')}}, url));
+  const auto list = files.dictionaryWithContentsOfURL(url);
+  ASSERT_TRUE(list);
+  EXPECT_TRUE(*list == (Dictionary{{"key", "old"}}));
+}
+
+TEST_F(FullDisk, OldUserDefaultsStay) {
+  const EnvironmentVariable configuration("XDG_CONFIG_HOME", "/small");
+  platform::LinuxUserDefaults defaults("com.example.test");
+  defaults.setObject("old", "key");
+  fill();
+  defaults.setObject(std::string(8192, 'n'), "key");
+  EXPECT_EQ(defaults.objectForKey("key"), PropertyList("old"));
+  EXPECT_EQ(entryCount("/small/com.example.test"), 1);
+}
