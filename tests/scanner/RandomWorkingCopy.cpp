@@ -30,9 +30,10 @@ CommandOptions commandOptions(const std::string &directory) {
   return options;
 }
 
-// The "@" at the end says that those before it belong to the name.
+// The "@" at the end says that those before it belong to the name, and the "./" that a "-" does.
 std::string target(const std::string &path) {
-  return path + "@";
+  const bool isRelative = !path.starts_with("/") && !path.starts_with("file:");
+  return (isRelative ? "./" : "") + path + "@";
 }
 
 }  // namespace
@@ -214,7 +215,7 @@ void RandomWorkingCopy::deleteKeepingLocal() {
 }
 
 void RandomWorkingCopy::makeVersionedFolder() {
-  svn({"mkdir", target("./" + anyFolder() + "/" + newName())});
+  svn({"mkdir", target(anyFolder() + "/" + newName())});
 }
 
 void RandomWorkingCopy::makeUnversionedFile() {
@@ -235,7 +236,7 @@ void RandomWorkingCopy::makeSymbolicLink() {
   note("link " + link);
   fs::create_symlink(below(2) == 0 ? "nowhere" : "..", path_ + "/" + link);
   if (below(2) == 0) {
-    svn({"add", target("./" + link)});
+    svn({"add", target(link)});
   }
 }
 
@@ -243,7 +244,7 @@ void RandomWorkingCopy::addFile() {
   const std::string file = anyFolder() + "/" + newName();
   note("create " + file);
   writeFile(path_ + "/" + file, newText());
-  svn({"add", target("./" + file)});
+  svn({"add", target(file)});
 }
 
 void RandomWorkingCopy::addFolder() {
@@ -251,15 +252,15 @@ void RandomWorkingCopy::addFolder() {
   note("create folder " + folder);
   writeFile(path_ + "/" + folder + "/" + newName(), newText());
   fs::create_directories(path_ + "/" + folder + "/empty");
-  svn({"add", below(3) == 0 ? "--depth=empty" : "--depth=infinity", target("./" + folder)});
+  svn({"add", below(3) == 0 ? "--depth=empty" : "--depth=infinity", target(folder)});
 }
 
 void RandomWorkingCopy::moveEntry() {
-  svn({"move", target(anyEntry()), target("./" + anyFolder() + "/" + newName())});
+  svn({"move", target(anyEntry()), target(anyFolder() + "/" + newName())});
 }
 
 void RandomWorkingCopy::copyEntry() {
-  svn({"copy", target(anyEntry()), target("./" + anyFolder() + "/" + newName())});
+  svn({"copy", target(anyEntry()), target(anyFolder() + "/" + newName())});
 }
 
 void RandomWorkingCopy::setProperty() {
@@ -347,7 +348,7 @@ void RandomWorkingCopy::resolveEntry() {
 void RandomWorkingCopy::switchFolder() {
   const std::string path = below(2) == 0 ? oneOf(firstFolders()) : oneOf(firstFiles());
   svn({"switch", "--quiet", "--accept", "postpone", "--ignore-ancestry",
-       target(repositoryURL_ + "/branch/" + path), target(path)});
+       target(repositoryURL_ + "/branch/" + path), path});  // whose path takes no revision
 }
 
 void RandomWorkingCopy::setExternals() {
