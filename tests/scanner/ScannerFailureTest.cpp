@@ -1,0 +1,160 @@
+// Scans that fail: each returns an error, and the next one works.
+#include <gtest/gtest.h>
+
+#include "tests/scanner/Scan.h"
+#include "tests/support/Subversion.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class ScannerFailure : public testing::Test {
+ protected:
+  void SetUp() override {
+    KTREnsureSVNCoreInitialization();
+    writeFile(wc / "folder/file", "contents");
+    writeFile(wc / "folder/another", "contents");
+    wc.svn({"add", "--quiet", "folder"});
+  }
+
+  std::string databasePath() const { return wc / ".svn/wc.db"; }
+
+  // That the process and the library are as good as new.
+  void expectThatAnotherScanWorks() const {
+    writeFile(other / "file", "");
+    const Scan result = scan(other.path());
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(result.nodes.size(), 1U);
+  }
+
+  svn_error_t *scanWith(const KTRWorkingCopyEntryBlock &entryBlock) const {
+    return KTRWorkingCopyStatusScanner::scanLocalTarget(
+        wc.path(), "/dev/null",
+        KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity), entryBlock);
+  }
+
+  const TemporaryDirectory directory;
+  const WorkingCopy wc{directory};
+  const WorkingCopy other{wc.checkOutAgain("other")};
+};
+
+}  // namespace
+
+TEST_F(ScannerFailure, APathThatTheLibraryWouldNotBearIsAnError) {
+  for (const std::string &path :
+       {std::string(), std::string("."), std::string("relative/wc"), std::string("~"),
+        wc.path() + "/", wc.path() + "//folder", wc.path() + "/.", wc.path() + "/./folder",
+        wc.path() + "\xFF", wc.path() + std::string("\0x", 2), std::string("\xC3")}) {
+    const Scan result = scan(path);
+    EXPECT_EQ(result.error, SVN_ERR_BAD_FILENAME) << path;
+    EXPECT_TRUE(result.nodes.empty());
+  }
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, WhatIsNoWorkingCopyIsAnError) {
+  writeFile(directory / "plain/file", "");
+  EXPECT_EQ(scan(directory / "plain").error, SVN_ERR_WC_NOT_WORKING_COPY);
+  EXPECT_EQ(scan(directory / "missing").error, SVN_ERR_WC_NOT_WORKING_COPY);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, AMissingDatabaseIsAnError) {
+  fs::remove(databasePath());
+  EXPECT_NE(scan(wc.path()).error, 0);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, ADatabaseThatWasCutOffIsAnError) {
+  const std::string whole = readFileForTest(databasePath());
+  ASSERT_GT(whole.size(), 8192U);
+  for (const std::size_t length :
+       {std::size_t{0}, std::size_t{1}, std::size_t{50}, std::size_t{100}, std::size_t{1024},
+        std::size_t{4096}, whole.size() / 4, whole.size() / 2}) {
+    writeFile(databasePath(), std::string_view(whole).substr(0, length));
+    EXPECT_NE(scan(wc.path()).error, 0) << length;
+  }
+  expectThatAnotherScanWorks();
+  writeFile(databasePath(), whole);
+  EXPECT_EQ(scan(wc.path()).error, 0);
+}
+
+TEST_F(ScannerFailure, GarbageInPlaceOfTheDatabaseIsAnError) {
+  for (const std::string &garbage : {std::string("garbage"), std::string(20'000, '\xA5'),
+                                     "SQLite format 3" + std::string(20'000, '\0')}) {
+    writeFile(databasePath(), garbage);
+    EXPECT_NE(scan(wc.path()).error, 0);
+  }
+  fs::remove(databasePath());
+  fs::create_directory(databasePath());
+  EXPECT_NE(scan(wc.path()).error, 0);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, ADatabaseThatWasReplacedIsReadAnew) {
+  EXPECT_EQ(scan(wc.path()).nodes.size(), 3U);
+  fs::rename(wc.path(), directory / "moved away");
+  fs::copy(other.path(), wc.path(), fs::copy_options::recursive);
+  const Scan result = scan(wc.path());
+  EXPECT_EQ(result.error, 0);
+  EXPECT_TRUE(result.nodes.empty());
+}
+
+TEST_F(ScannerFailure, ARootThatIsGoneIsAnError) {
+  EXPECT_EQ(scan(wc.path()).error, 0);
+  fs::remove_all(wc.path());
+  EXPECT_EQ(scan(wc.path()).error, SVN_ERR_WC_NOT_WORKING_COPY);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, ANameThatIsNotUTF8EndsTheScanWithAnErrorAndKeepsWhatCameBefore) {
+  writeFile(wc / "folder/\xFF", "");
+  EXPECT_NE(scan(wc.path()).error, 0);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, AConfigurationThatCannotBeReadCostsNoScan) {
+  const std::size_t nodes = scan(wc.path()).nodes.size();
+  writeFile(directory / "broken/config", "this is [no configuration\n=\n");
+  fs::create_directories(directory / "directory/config");
+  writeFile(directory / "file", "");
+  for (const char *name : {"broken", "directory", "file", "missing"}) {
+    const Scan result = scan(wc.path(), directory / name);
+    EXPECT_EQ(result.error, 0) << name;
+    EXPECT_EQ(result.nodes.size(), nodes) << name;
+  }
+  EXPECT_FALSE(fs::exists(directory / "missing"));
+}
+
+TEST_F(ScannerFailure, AnErrorOfTheEntryBlockStopsTheWalkAndIsReturned) {
+  int calls = 0;
+  svn_error_t *error = scanWith([&](auto...) {
+    ++calls;
+    return svn_error_create(SVN_ERR_CANCELLED, nullptr, "enough");
+  });
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->apr_err, SVN_ERR_CANCELLED);
+  EXPECT_STREQ(svn_error_root_cause(error)->message, "enough");
+  svn_error_clear(error);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(ScannerFailure, AnEntryBlockThatThrowsStopsTheWalkWithAnError) {
+  int calls = 0;
+  svn_error_t *error = scanWith([&](auto...) -> svn_error_t * {
+    ++calls;
+    throw std::runtime_error("enough");
+  });
+  ASSERT_NE(error, nullptr);
+  EXPECT_STREQ(svn_error_root_cause(error)->message, "enough");
+  svn_error_clear(error);
+  EXPECT_EQ(calls, 1);
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, AnEntryBlockThatThrowsWhatIsNoExceptionStopsTheWalkWithAnErrorToo) {
+  svn_error_t *error = scanWith([](auto...) -> svn_error_t * { throw 7; });
+  EXPECT_NE(error, nullptr);
+  svn_error_clear(error);
+  expectThatAnotherScanWorks();
+}
