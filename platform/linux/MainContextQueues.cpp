@@ -114,9 +114,9 @@ void MainContextQueue::attach(gint64 readyTime, Block block) {
   g_source_attach(source.get(), context_);
 }
 
-// What is already on the main queue comes before the next message from the bus, whose dispatch has
-// the default priority: so a client that announces a new manifest and then asks is answered from
-// it.
+// Above the messages from the bus, whose dispatch has the default priority: what the process has
+// begun comes before what it is asked next. (Of the messages that are found waiting together, each
+// is dispatched before what another one of them puts here.)
 MainContextQueues::MainContextQueues()
     : mainQueue_(nullptr, G_PRIORITY_HIGH, std::this_thread::get_id()) {}
 
