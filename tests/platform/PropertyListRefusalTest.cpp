@@ -250,11 +250,10 @@ TEST(PropertyListRefusal, AnEmptyFileIsRefused) {
 
 TEST(PropertyListRefusal, NoBytesAtAllAreRefusedWithoutAComplaintOfTheLibrary) {
   int complaints = 0;
-  const GLogFunc earlier = g_log_set_default_handler(
-      [](const char *, GLogLevelFlags, const char *, gpointer count) {
-        ++*static_cast<int *>(count);
-      },
-      &complaints);
+  const GLogFunc earlier =
+      g_log_set_default_handler([](const char *, GLogLevelFlags, const char *,
+                                   gpointer count) { ++*static_cast<int *>(count); },
+                                &complaints);
   EXPECT_FALSE(dictionaryFromPropertyList({}));
   g_log_set_default_handler(earlier, nullptr);
   EXPECT_EQ(complaints, 0);
