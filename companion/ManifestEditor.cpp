@@ -24,8 +24,8 @@ std::string notWritten(const FileURL &file, const std::string &reason) {
 }  // namespace
 
 Result<ManifestEditor> ManifestEditor::open() {
-  const auto failure = [](std::string message) {
-    return Result<ManifestEditor>::failure(std::move(message));
+  const auto failure = [](const std::string &message) {
+    return Result<ManifestEditor>::failure(message);
   };
   const Result<FileURL> directory = sharedDirectoryURL();
   if (!directory) {
