@@ -99,7 +99,7 @@ Result<Candidate> candidateForPath(const std::string &path) {
 }
 
 void printFailure(const std::string &path, const std::string &reason) {
-  printError(escapedPath(path) + ": " + reason);
+  printError(displayedPath(path) + ": " + reason);
 }
 
 }  // namespace
@@ -132,7 +132,7 @@ ExitStatus addWorkingCopies(const std::vector<std::string> &paths, Output &outpu
     ListedWorkingCopies listed(entries);
     for (const Candidate &candidate : candidates) {
       if (const ListedPlace *place = listed.at(candidate.root)) {
-        printFailure(candidate.path, "already listed as " + escapedPath(*place->bestPath()));
+        printFailure(candidate.path, "already listed as " + displayedPath(*place->bestPath()));
         status = exitFailed;
         continue;
       }
@@ -157,9 +157,9 @@ ExitStatus addWorkingCopies(const std::vector<std::string> &paths, Output &outpu
     }
   }
   for (const Candidate &candidate : added) {
-    std::string line = "added " + escapedPath(candidate.root);
+    std::string line = "added " + displayedPath(candidate.root);
     if (candidate.root != candidate.path) {
-      line += ", the working copy that contains " + escapedPath(candidate.path);
+      line += ", the working copy that contains " + displayedPath(candidate.path);
     }
     output.writeLine(line);
   }

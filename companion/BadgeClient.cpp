@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/FileURL.h"
+#include "platform/linux/BusNames.h"
 #include "platform/linux/LinuxPaths.h"
 
 namespace companion {
@@ -18,9 +19,6 @@ using platform::VariantHandle;
 
 namespace {
 
-constexpr const char *busName = "com.morvane.v3.finder";
-constexpr const char *objectPath = "/com/morvane/v3/finder";
-constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
 constexpr const char *driverName = "org.freedesktop.DBus";
 constexpr const char *driverPath = "/org/freedesktop/DBus";
 
@@ -53,11 +51,12 @@ std::optional<std::string> startedOwner(GDBusConnection *connection, std::chrono
   };
   // Any call to a name makes the bus start what has it. Asking the bus itself to do so would fail
   // where the extension was started by hand and is not installed.
-  if (call(busName, objectPath, "org.freedesktop.DBus.Peer", "Ping", nullptr) == nullptr) {
+  if (call(platform::finderSyncBusName, platform::finderSyncObjectPath, "org.freedesktop.DBus.Peer",
+           "Ping", nullptr) == nullptr) {
     return std::nullopt;
   }
-  const VariantHandle reply =
-      call(driverName, driverPath, driverName, "GetNameOwner", g_variant_new("(s)", busName));
+  const VariantHandle reply = call(driverName, driverPath, driverName, "GetNameOwner",
+                                   g_variant_new("(s)", platform::finderSyncBusName));
   if (reply == nullptr) {
     return std::nullopt;
   }
@@ -83,8 +82,8 @@ Result<std::unique_ptr<BadgeClient>> BadgeClient::connect(std::chrono::seconds p
   }
   // Subscribes to the signals of that process and of no other.
   ObjectHandle<HalvernFinderSync1> proxy(halvern_finder_sync1_proxy_new_sync(
-      connection.get(), G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES, owner->c_str(), objectPath,
-      nullptr, ErrorOut(error)));
+      connection.get(), G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES, owner->c_str(),
+      platform::finderSyncObjectPath, nullptr, ErrorOut(error)));
   if (proxy == nullptr) {
     return Connected::failure(notReachable(error));
   }
@@ -131,7 +130,7 @@ Result<std::vector<std::string>> BadgeClient::directoryPaths() {
   ErrorHandle error;
   const VariantHandle reply(
       g_dbus_proxy_call_sync(G_DBUS_PROXY(proxy_.get()), "org.freedesktop.DBus.Properties.Get",
-                             g_variant_new("(ss)", interfaceName, "DirectoryURLs"),
+                             g_variant_new("(ss)", platform::finderSyncInterface, "DirectoryURLs"),
                              G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
     return Paths::failure(g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE

@@ -62,7 +62,7 @@ class TreePrinter {
     printColored(badge, badge);
     text_.append(badgeColumnWidth > badge.size() ? badgeColumnWidth - badge.size() : 1, ' ');
     text_ += branches;
-    printColored(escapedPath(name), badge);
+    printColored(displayedPath(name), badge);
     text_ += '\n';
   }
 

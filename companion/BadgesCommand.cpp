@@ -47,7 +47,7 @@ Result<std::vector<Target>> namedTargets(const std::vector<std::string> &paths) 
   for (const std::string &path : paths) {
     const Result<std::string> absolute = absolutePath(path);
     if (!absolute) {
-      return Result<std::vector<Target>>::failure(escapedPath(path) + ": " + absolute.reason());
+      return Result<std::vector<Target>>::failure(displayedPath(path) + ": " + absolute.reason());
     }
     targets.push_back({std::string(withoutTrailingSlashes(path)), *absolute, {}});
   }
@@ -67,7 +67,7 @@ std::vector<std::string> pathsToAskFor(const std::vector<Target> &targets,
       }
     }
     if (paths.size() == before) {
-      printError(escapedPath(target.name) + " is in no listed working copy");
+      printError(displayedPath(target.name) + " is in no listed working copy");
     }
   }
   return paths;
@@ -86,7 +86,7 @@ bool wantsColors(Options::Colors colors) {
 void printLines(const Target &target, const std::vector<BadgedItem> &items, Output &output) {
   for (const BadgedItem &item : items) {
     output.writeLine((item.badge.empty() ? "-" : item.badge) + "\t" +
-                     escapedPath(joinedPath(target.name, item.path)));
+                     fieldOfPath(joinedPath(target.name, item.path)));
   }
 }
 

@@ -38,15 +38,15 @@ they need not exist any more.
 
 constexpr std::string_view listHelp = R"(Usage: halvern list
 
-Prints the paths of the listed working copies, one on each line. Backslashes and
-control characters in them are escaped as in C.
+Prints the paths of the listed working copies, one on each line. Backslashes, tabs
+and newlines in them are escaped as in C.
 )";
 
 constexpr std::string_view badgesHelp = R"(Usage: halvern badges [OPTION…] [PATH…]
 
 Asks the running extension for the badges of the PATHs, as a file manager would, and
-prints for each one a line: the badge or "-", a tab, the path. Backslashes and control
-characters in paths are escaped as in C. A directory stands for itself alone. Without
+prints for each one a line: the badge or "-", a tab, the path. Backslashes, tabs and
+newlines in paths are escaped as in C. A directory stands for itself alone. Without
 a PATH, prints every item that has a badge in every listed working copy.
 
 Options:

@@ -22,12 +22,12 @@ ExitStatus listWorkingCopies(Output &output) {
   for (const platform::PropertyList &entry : manifest->entries()) {
     const ListedPlace place = placeOfEntry(entry);
     if (place.bestPath()) {
-      output.writeLine(escapedPath(*place.bestPath()));
+      output.writeLine(fieldOfPath(*place.bestPath()));
     }
     if (!place.currentPath) {
       const std::string *identifier = textInEntry(entry, "wcID");
-      const std::string name = place.recordedPath      ? escapedPath(*place.recordedPath)
-                               : identifier != nullptr ? "entry " + escapedPath(*identifier)
+      const std::string name = place.recordedPath      ? displayedPath(*place.recordedPath)
+                               : identifier != nullptr ? "entry " + displayedPath(*identifier)
                                                        : "an entry without a name";
       printError(name + ": cannot be reached: " + place.reason);
     }

@@ -1,8 +1,6 @@
 #include "companion/ListedPlace.h"
 
 #include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/PropertyListCoding.h"
 
 namespace companion {
 
@@ -10,28 +8,6 @@ using platform::Data;
 using platform::Dictionary;
 using platform::Result;
 using platform::valueForKey;
-
-namespace {
-
-std::optional<std::string> recordedPath(const Data &bookmark) {
-  const Result<Dictionary> dictionary = platform::dictionaryFromPropertyList(
-      {reinterpret_cast<const char *>(bookmark.data()), bookmark.size()});
-  if (!dictionary) {
-    return std::nullopt;
-  }
-  std::string path;
-  if (const auto *text = valueForKey<std::string>(*dictionary, "path")) {
-    path = *text;
-  } else if (const auto *bytes = valueForKey<Data>(*dictionary, "path")) {
-    path.assign(reinterpret_cast<const char *>(bytes->data()), bytes->size());
-  }
-  if (!path.starts_with('/')) {
-    return std::nullopt;
-  }
-  return platform::LinuxPaths().standardizedPath(path);
-}
-
-}  // namespace
 
 ListedPlace placeOfEntry(const platform::PropertyList &entry) {
   const auto *dictionary = entry.as<Dictionary>();
@@ -41,7 +17,7 @@ ListedPlace placeOfEntry(const platform::PropertyList &entry) {
     return {std::nullopt, std::nullopt, "The entry has no bookmark"};
   }
   ListedPlace place;
-  place.recordedPath = recordedPath(*bookmark);
+  place.recordedPath = platform::pathInBookmarkData(*bookmark);
   const Result<platform::ResolvedBookmark> resolved =
       platform::LinuxBookmarks().resolveBookmarkData(*bookmark,
                                                      platform::BookmarkResolutionOptions::none);

@@ -38,7 +38,7 @@ Result<Manifest> unusable(const FileURL &file, const std::string &reason) {
   return Result<Manifest>::failure(
       "the list of working copies cannot be read, so it is left as it "
       "is: " +
-      escapedPath(file.path()) + ": " + reason);
+      displayedPath(file.path()) + ": " + reason);
 }
 
 }  // namespace

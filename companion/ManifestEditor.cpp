@@ -18,7 +18,7 @@ namespace {
 constexpr std::chrono::seconds lockPatience{10};
 
 std::string notWritten(const FileURL &file, const std::string &reason) {
-  return "the list of working copies cannot be written: " + escapedPath(file.path()) + reason;
+  return "the list of working copies cannot be written: " + displayedPath(file.path()) + reason;
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ Result<ManifestEditor> ManifestEditor::open() {
     return failure(directory.reason());
   }
   if (!platform::LinuxFileManager().createDirectoryWithIntermediates(*directory)) {
-    return failure(escapedPath(directory->path()) + ": the directory cannot be created");
+    return failure(displayedPath(directory->path()) + ": the directory cannot be created");
   }
   Result<ManifestLock> lock = ManifestLock::take(*directory, lockPatience);
   if (!lock) {

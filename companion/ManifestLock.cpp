@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds pollInterval{20};
 
 Result<ManifestLock> failure(const std::string &path, const std::string &reason) {
   return Result<ManifestLock>::failure(
-      "the list of working copies cannot be locked: " + escapedPath(path) + ": " + reason);
+      "the list of working copies cannot be locked: " + displayedPath(path) + ": " + reason);
 }
 
 }  // namespace

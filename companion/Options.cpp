@@ -83,7 +83,7 @@ Problem readBadgesOption(std::string_view option, Options &options) {
     return std::string(option) + " needs a value, as in " + std::string(option) + "=" +
            (option == "--color" ? "always" : "10");
   } else {
-    return "unknown option: " + escapedPath(option);
+    return "unknown option: " + displayedPath(option);
   }
   return std::nullopt;
 }
@@ -105,7 +105,7 @@ Result<Options> readCommandArguments(const CommandSyntax &syntax,
     } else {
       const Problem problem = syntax.command == Command::badges
                                   ? readBadgesOption(argument, options)
-                                  : "unknown option: " + escapedPath(argument);
+                                  : "unknown option: " + displayedPath(argument);
       if (problem) {
         return Result<Options>::failure(*problem);
       }
@@ -115,7 +115,7 @@ Result<Options> readCommandArguments(const CommandSyntax &syntax,
     return Result<Options>::failure("no path is given");
   }
   if (syntax.paths == PathCount::none && !options.paths.empty()) {
-    return Result<Options>::failure("too many arguments: " + escapedPath(options.paths.front()));
+    return Result<Options>::failure("too many arguments: " + displayedPath(options.paths.front()));
   }
   return options;
 }
@@ -137,11 +137,11 @@ Result<Options> optionsFromArguments(const std::vector<std::string> &arguments) 
     return options;
   }
   if (isOption(first)) {
-    return Result<Options>::failure("unknown option: " + escapedPath(first));
+    return Result<Options>::failure("unknown option: " + displayedPath(first));
   }
   const CommandSyntax *syntax = syntaxOfCommand(first);
   if (syntax == nullptr) {
-    return Result<Options>::failure("unknown command: " + escapedPath(first));
+    return Result<Options>::failure("unknown command: " + displayedPath(first));
   }
   return readCommandArguments(*syntax, arguments);
 }

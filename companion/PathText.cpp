@@ -8,8 +8,8 @@ bool isControl(unsigned char byte) {
   return byte < 0x20 || byte == 0x7f;
 }
 
-// The letter that stands for the byte after a backslash; 0 if there is none.
-char escapeLetter(char character) {
+// The letter that stands for the byte after a backslash in a field; 0 if there is none.
+char fieldLetter(char character) {
   switch (character) {
     case '\\':
       return '\\';
@@ -17,31 +17,39 @@ char escapeLetter(char character) {
       return 't';
     case '\n':
       return 'n';
-    case '\r':
-      return 'r';
     default:
       return 0;
   }
 }
 
+// Three digits always, so that a digit that follows is not taken for a part of it.
+std::string octalEscape(unsigned char byte) {
+  return {'\\', static_cast<char>('0' + (byte >> 6)), static_cast<char>('0' + ((byte >> 3) & 7)),
+          static_cast<char>('0' + (byte & 7))};
+}
+
 }  // namespace
 
-std::string escapedPath(std::string_view path) {
-  std::string escaped;
-  escaped.reserve(path.size());
+std::string fieldOfPath(std::string_view path) {
+  std::string field;
+  field.reserve(path.size());
   for (const char character : path) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (const char letter = escapeLetter(character); letter != 0) {
-      escaped += {'\\', letter};
-    } else if (isControl(byte)) {
-      // Three digits always, so that a digit that follows is not taken for a part of it.
-      escaped += {'\\', static_cast<char>('0' + (byte >> 6)),
-                  static_cast<char>('0' + ((byte >> 3) & 7)), static_cast<char>('0' + (byte & 7))};
+    if (const char letter = fieldLetter(character); letter != 0) {
+      field += {'\\', letter};
     } else {
-      escaped += character;
+      field += character;
     }
   }
-  return escaped;
+  return field;
+}
+
+std::string displayedPath(std::string_view path) {
+  std::string displayed;
+  for (const char character : fieldOfPath(path)) {
+    const auto byte = static_cast<unsigned char>(character);
+    displayed += isControl(byte) ? octalEscape(byte) : std::string(1, character);
+  }
+  return displayed;
 }
 
 std::string_view withoutTrailingSlashes(std::string_view path) {

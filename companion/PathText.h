@@ -6,9 +6,13 @@
 
 namespace companion {
 
-// The path with backslash, tab, newline and all other control bytes escaped as in C, so that it is
-// one field of one line. All other bytes stay, UTF-8 or not.
-std::string escapedPath(std::string_view path);
+// For programs: backslash, tab and newline escaped as in C, so that the path is one field of one
+// line. All other bytes stay as they are.
+std::string fieldOfPath(std::string_view path);
+
+// For people: every control byte escaped, so that a name can do nothing to a terminal. All other
+// bytes stay, UTF-8 or not.
+std::string displayedPath(std::string_view path);
 
 // Without the slashes at its end; "/" stays "/".
 std::string_view withoutTrailingSlashes(std::string_view path);

@@ -33,7 +33,7 @@ struct Answer {
 };
 
 std::string withReason(const FileURL &file, const std::string &reason) {
-  return escapedPath(file.path()) + ": " + reason;
+  return displayedPath(file.path()) + ": " + reason;
 }
 
 // A fresh bookmark of the place, if it can be reached.
@@ -58,9 +58,9 @@ void recoverEntry(platform::PropertyList &entry, const std::string &identifier, 
   const ListedPlace place = placeOfEntry(entry);
   const Result<Data> bookmark = freshBookmark(place);
   if (!bookmark) {
-    answer.unreachable.push_back(
-        (place.bestPath() ? escapedPath(*place.bestPath()) : "entry " + escapedPath(identifier)) +
-        ": cannot be reached: " + bookmark.reason());
+    answer.unreachable.push_back((place.bestPath() ? displayedPath(*place.bestPath())
+                                                   : "entry " + displayedPath(identifier)) +
+                                 ": cannot be reached: " + bookmark.reason());
     return;
   }
   Dictionary renewed = *entry.as<Dictionary>();
@@ -136,7 +136,7 @@ ExitStatus recoverWorkingCopies(Output &output) {
     if (answer.isPublished) {
       isPublished = true;
       for (const std::string &path : answer.recovered) {
-        output.writeLine("recovered " + escapedPath(path));
+        output.writeLine("recovered " + displayedPath(path));
       }
     }
     for (const std::string &line : answer.unreachable) {

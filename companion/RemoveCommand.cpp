@@ -23,7 +23,7 @@ std::string reasonForMiss(const std::vector<ListedEntry> &listed, const std::str
     for (const std::optional<std::string> &root : {place.currentPath, place.recordedPath}) {
       if (root && isAtOrBelow(path, *root)) {
         return "not the root of the listed working copy that contains it, which is " +
-               escapedPath(*root);
+               displayedPath(*root);
       }
     }
   }
@@ -53,7 +53,7 @@ ExitStatus removeWorkingCopies(const std::vector<std::string> &paths, Output &ou
       if (count > 0) {
         removed.push_back(*absolute);
       } else {
-        printError(escapedPath(path) + ": " +
+        printError(displayedPath(path) + ": " +
                    (absolute ? reasonForMiss(listed, *absolute) : absolute.reason()));
         status = exitFailed;
       }
@@ -71,7 +71,7 @@ ExitStatus removeWorkingCopies(const std::vector<std::string> &paths, Output &ou
     }
   }
   for (const std::string &path : removed) {
-    output.writeLine("removed " + escapedPath(path));
+    output.writeLine("removed " + displayedPath(path));
   }
   announceManifest();
   return status;

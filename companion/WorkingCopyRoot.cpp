@@ -36,7 +36,7 @@ std::string sentenceFor(const SubversionError &error, const std::string &path) {
     case SVN_ERR_WC_UPGRADE_REQUIRED:
       return "a working copy in a format of an older Subversion; to bring it up to date run: svn "
              "upgrade " +
-             escapedPath(topOfOldWorkingCopy(path));
+             displayedPath(topOfOldWorkingCopy(path));
     case SVN_ERR_WC_UNSUPPORTED_FORMAT:
       return "a working copy that was made by a newer Subversion (" + messageOf(error) + ")";
     default:

@@ -30,8 +30,7 @@ void KTRFinderSync::endObservingDirectoryAtURL(const platform::FileURL &director
 
 void KTRFinderSync::requestBadgeIdentifierForURL(const platform::FileURL &itemURL) {
   i_sharedWorkingCopies().badgeIdentifierForURL(
-      itemURL, [&controller = i_services.finderSyncController,
-                itemURL](std::optional<BadgeIdentifier> badge) {
-        controller.setBadgeIdentifier(badge.value_or(""), itemURL);
+      itemURL, [&services = i_services, itemURL](std::optional<BadgeIdentifier> badge) {
+        services.finderSyncController.setBadgeIdentifier(badge.value_or(""), itemURL);
       });
 }

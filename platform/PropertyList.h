@@ -63,6 +63,9 @@ const T *valueForKey(const Dictionary &dictionary, std::string_view key) {
   return found == dictionary.end() ? nullptr : found->second.as<T>();
 }
 
+// Whether the XML form can hold the text: valid UTF-8 without most control characters.
+bool isPropertyListText(std::string_view text);
+
 // Property-list files with a dictionary at the top. Blocking, from any thread.
 class PropertyListFiles {
  public:
@@ -72,7 +75,7 @@ class PropertyListFiles {
   virtual Result<Dictionary> dictionaryWithContentsOfURL(const FileURL &url) = 0;
 
   // Writes the XML form, atomically: whatever happens, the file is the old one or the new one.
-  // False if it stayed the old one.
+  // False if it stayed the old one, as it does if `isPropertyListText` is false of a text in it.
   virtual bool writeDictionary(const Dictionary &dictionary, const FileURL &url) = 0;
 };
 

@@ -25,7 +25,8 @@ class BadgeMap {
 
   // Marks every folder above a badged item, up to and including `rootPath`: "conflicted" if
   // something beneath it is, else "modified" if something beneath it has any badge but "locked".
-  // A folder's own badge of lower precedence gives way. Linear in the number of badges.
+  // A folder's own badge of lower precedence gives way. Linear in the number of badges,
+  // those of the folders included.
   void propagateToFolders(std::string_view rootPath);
 
   std::size_t size() const { return badges_.size(); }

@@ -2,7 +2,7 @@
 #include "registry/KTRFinderSyncWorkingCopies.h"
 
 std::optional<platform::FileURL> KTRFinderSyncWorkingCopies::p_resolveScopedBookmark(
-    const platform::Data &data, bool *isStale) {
+    const platform::Data &data, bool *stale) {
   const platform::Result<platform::ResolvedBookmark> resolved =
       i_services.bookmarks.resolveBookmarkData(
           data, platform::BookmarkResolutionOptions::withSecurityScope);
@@ -13,8 +13,8 @@ std::optional<platform::FileURL> KTRFinderSyncWorkingCopies::p_resolveScopedBook
     // Kept for the rest of the process's life, deliberately: there is no matching stop.
     i_services.bookmarks.startAccessingSecurityScopedResource(resolved->url);
   }
-  if (isStale != nullptr) {
-    *isStale = resolved && resolved->isStale;
+  if (stale != nullptr) {
+    *stale = resolved && resolved->isStale;
   }
   return resolved ? std::optional(resolved->url) : std::nullopt;
 }

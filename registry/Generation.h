@@ -14,14 +14,12 @@ class Generation {
 
   explicit Generation(platform::PropertyList number) : number_(std::move(number)) {}
 
-  bool precedes(const Generation &other) const { return ordinal() < other.ordinal(); }
+  // Exact, also where one is a whole number and the other is not.
+  bool precedes(const Generation &other) const;
 
   // The number as it stood in the manifest.
   const platform::PropertyList &number() const { return number_; }
 
  private:
-  // Wide enough for every 64-bit integer and every double.
-  long double ordinal() const;
-
   platform::PropertyList number_;
 };

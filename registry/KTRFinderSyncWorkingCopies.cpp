@@ -17,6 +17,11 @@ KTRFinderSyncWorkingCopies::KTRFinderSyncWorkingCopies(platform::Services &servi
 }
 
 KTRFinderSyncWorkingCopies::RootURLs KTRFinderSyncWorkingCopies::resolvedRootURLs() const {
+  return *p_resolvedRootURLs();
+}
+
+std::shared_ptr<const KTRFinderSyncWorkingCopies::RootURLs>
+KTRFinderSyncWorkingCopies::p_resolvedRootURLs() const {
   platform::LockGuard guard(i_stateLock);
   return i_resolvedRootURLs;
 }

@@ -83,9 +83,8 @@ class KTRFinderSyncWorkingCopies {
   std::optional<platform::Dictionary> p_loadManifest();
   std::optional<std::string> p_sharedConfigDirectoryPath();
 
-  // Access to the working copies. `isStale` may be null.
-  std::optional<platform::FileURL> p_resolveScopedBookmark(const platform::Data &data,
-                                                           bool *isStale);
+  // Access to the working copies. `stale` may be null.
+  std::optional<platform::FileURL> p_resolveScopedBookmark(const platform::Data &data, bool *stale);
   std::optional<platform::FileURL> p_resolveImplicitBookmark(const platform::Data &data);
   bool p_probeAccessAtURL(const platform::FileURL &url);
   std::optional<platform::Data> p_mintOwnScopedBookmarkForURL(const platform::FileURL &url);
@@ -93,6 +92,8 @@ class KTRFinderSyncWorkingCopies {
   // Asks the application for fresh bookmarks. `workingCopies` is not empty.
   void p_requestRecoveryForWorkingCopies(const GenerationsByIdentifier &workingCopies)
       KTR_EXCLUDES(i_stateLock);
+  void p_addToRecoveryRequest(const GenerationsByIdentifier &workingCopies,
+                              const platform::FileURL &directory);
 
   // The root that is the path or contains it. With nested roots, any of those that do.
   std::optional<std::string> p_rootPathContainingPath(const std::string &path) const;
@@ -105,15 +106,14 @@ class KTRFinderSyncWorkingCopies {
 
   platform::SystemLog &p_log();
 
-  // Constant after construction.
-  platform::Services &i_services;
-  const KTRWorkingCopyScan i_scan;
-  const std::shared_ptr<platform::Queue> i_statusQueue;
+  // The current set, which never changes itself.
+  std::shared_ptr<const RootURLs> p_resolvedRootURLs() const KTR_EXCLUDES(i_stateLock);
 
   // Guarded by the state lock, which is held for a look-up, a comparison or a copy, and never
   // together with anything else.
   mutable platform::Lock i_stateLock;
-  RootURLs i_resolvedRootURLs KTR_GUARDED_BY(i_stateLock);
+  std::shared_ptr<const RootURLs> i_resolvedRootURLs KTR_GUARDED_BY(i_stateLock) =
+      std::make_shared<const RootURLs>();
   // The generation of the last recovery request for each working copy, in this run.
   GenerationsByIdentifier i_lastRequestedGenerations KTR_GUARDED_BY(i_stateLock);
 
@@ -124,4 +124,9 @@ class KTRFinderSyncWorkingCopies {
 
   std::once_flag i_logOnce;
   std::unique_ptr<platform::SystemLog> i_log;
+
+  // Constant after construction. The queue comes last, so that it ends before what its blocks use.
+  platform::Services &i_services;
+  const KTRWorkingCopyScan i_scan;
+  const std::shared_ptr<platform::Queue> i_statusQueue;
 };

@@ -22,8 +22,8 @@ class KTRFinderSyncWorkingCopies::Reload {
 
   void addEntry(const platform::Dictionary &entry) {
     const auto *identifier = platform::valueForKey<std::string>(entry, "wcID");
-    if (identifier == nullptr) {
-      return;
+    if (identifier == nullptr || !platform::isPropertyListText(*identifier)) {
+      return;  // without it, or with one that would keep all others from being stored
     }
     identifiers_.insert(*identifier);
 
@@ -131,15 +131,16 @@ void KTRFinderSyncWorkingCopies::reloadManifest() {
     p_requestRecoveryForWorkingCopies(reload.recoveryRequest());
   }
 
+  const auto roots = std::make_shared<const RootURLs>(reload.roots());
   bool changed = false;
   {
     platform::LockGuard guard(i_stateLock);
-    changed = i_resolvedRootURLs != reload.roots();
-    i_resolvedRootURLs = reload.roots();
+    changed = *i_resolvedRootURLs != *roots;
+    i_resolvedRootURLs = roots;
   }
   RootSetCallback callback = i_rootURLsDidChange.load();
   if (changed && callback) {
     i_services.queues.mainQueue().async(
-        [callback = std::move(callback), roots = reload.roots()] { callback(roots); });
+        [callback = std::move(callback), roots] { callback(*roots); });
   }
 }

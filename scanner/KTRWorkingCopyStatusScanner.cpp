@@ -61,7 +61,7 @@ KTRWorkingCopyScanOptions KTRWorkingCopyStatusScanner::localScanOptionsWithDepth
 
 svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
     const std::string &targetPath, const std::optional<std::string> &configDir,
-    const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock) {
+    KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock) {
   const SVNPool pool;
   SVN_ERR(checkTargetPath(targetPath, pool));
 

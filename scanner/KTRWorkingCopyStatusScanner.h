@@ -49,11 +49,11 @@ class KTRWorkingCopyStatusScanner {
   // Null on success, else an error that the caller clears. What was delivered before stays valid.
   static svn_error_t *scanLocalTarget(const std::string &targetPath,
                                       const std::optional<std::string> &configDir,
-                                      const KTRWorkingCopyScanOptions &options,
+                                      KTRWorkingCopyScanOptions options,
                                       const KTRWorkingCopyEntryBlock &entryBlock);
 };
 
 // The shape of `scanLocalTarget`, for those who are given a scanner to use.
 using KTRWorkingCopyScan = std::function<svn_error_t *(
     const std::string &targetPath, const std::optional<std::string> &configDir,
-    const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock)>;
+    KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock)>;

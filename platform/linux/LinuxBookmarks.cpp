@@ -136,6 +136,11 @@ Result<ResolvedBookmark> resolve(const Bookmark &bookmark) {
 
 }  // namespace
 
+std::optional<std::string> pathInBookmarkData(const Data &data) {
+  const std::optional<Bookmark> bookmark = bookmarkFromData(data);
+  return bookmark ? std::optional(LinuxPaths().standardizedPath(bookmark->path)) : std::nullopt;
+}
+
 Result<ResolvedBookmark> LinuxBookmarks::resolveBookmarkData(const Data &data,
                                                              BookmarkResolutionOptions options) {
   const std::optional<Bookmark> bookmark = bookmarkFromData(data);

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <chrono>
-
 #include "platform/PosixAccess.h"
+#include "platform/linux/Patience.h"
 
 namespace platform {
 
 // Gives up after `patience`: a dead network mount counts as failed with ETIMEDOUT.
 class LinuxPosixAccess final : public PosixAccess {
  public:
-  explicit LinuxPosixAccess(std::chrono::milliseconds patience = std::chrono::seconds(5))
+  explicit LinuxPosixAccess(std::chrono::milliseconds patience = systemCallPatience)
       : patience_(patience) {}
 
   int access(const std::string &path, int mode) override;

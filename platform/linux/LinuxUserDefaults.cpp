@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
+#include <cerrno>
 #include <cstdio>
 
 #include <glib.h>
@@ -50,9 +51,9 @@ void LinuxUserDefaults::setObject(PropertyList value, std::string_view key) {
   const FileURL url = FileURL::fromPath(path);
   LinuxPropertyListFiles files;
   const Result<Dictionary> earlier = files.dictionaryWithContentsOfURL(url);
-  if (!earlier) {
-    // Nothing happens here where there is no file yet.
-    std::rename(path.c_str(), (path + ".unreadable").c_str());
+  if (!earlier && std::rename(path.c_str(), (path + ".unreadable").c_str()) != 0 &&
+      errno != ENOENT) {
+    return;  // it can be neither read nor put aside, so it stays
   }
   Dictionary defaults = earlier ? *earlier : Dictionary();
   defaults.insert_or_assign(std::string(key), std::move(value));

@@ -5,7 +5,7 @@
 namespace platform {
 
 // A property list in the user's configuration directory. A file that cannot be read as one is put
-// aside under another name before it is replaced, never lost.
+// aside as "defaults.plist.unreadable" before it is replaced; the last one of those is kept.
 class LinuxUserDefaults final : public UserDefaults {
  public:
   explicit LinuxUserDefaults(std::string domain) : domain_(std::move(domain)) {}

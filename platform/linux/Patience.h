@@ -9,6 +9,10 @@
 
 namespace platform {
 
+// How long a dead network mount may hold up whoever asks: long enough for a slow one, short enough
+// for a person who waits.
+constexpr std::chrono::seconds systemCallPatience{5};
+
 // Runs `work` on a thread of its own and waits for its result, for `patience` at the most; then the
 // thread is left to itself, so `work` must own what it uses. None if the time is up or if there is
 // no thread to be had.

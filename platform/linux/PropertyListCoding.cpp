@@ -109,7 +109,13 @@ std::optional<PropertyList> valueOfNode(plist_t node) {
       return arrayOfNode(node);
     case PLIST_DICT:
       return dictionaryOfNode(node);
-    default:  // such as the archiver's references, which no file of this system holds
+    case PLIST_UID: {
+      // As the XML form has it, which knows no such type.
+      std::uint64_t value = 0;
+      plist_get_uid_val(node, &value);
+      return PropertyList(Dictionary{{"CF$UID", static_cast<std::int64_t>(value)}});
+    }
+    default:
       return std::nullopt;
   }
 }
@@ -153,19 +159,6 @@ plist_t newNode(const PropertyList &value) {
   return std::visit(NodeMaker(), value.value());
 }
 
-// XML has no place for the other control characters and for two that are none, nor libplist for a
-// NUL byte.
-bool isXMLText(std::string_view text) {
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') {
-      return false;
-    }
-  }
-  return text.find("\uFFFE") == std::string_view::npos &&
-         text.find("\uFFFF") == std::string_view::npos && isValidUTF8(text);
-}
-
 // libplist counts a date's seconds in 32 bits.
 bool isDateInRange(const Date &date) {
   using Seconds = std::numeric_limits<std::int32_t>;
@@ -179,7 +172,7 @@ bool isXMLValue(const PropertyList &value) {
     return isDateInRange(*date);
   }
   if (const auto *text = value.as<std::string>()) {
-    return isXMLText(*text);
+    return isPropertyListText(*text);
   }
   if (const auto *array = value.as<Array>()) {
     for (const PropertyList &item : *array) {
@@ -190,7 +183,7 @@ bool isXMLValue(const PropertyList &value) {
   }
   if (const auto *dictionary = value.as<Dictionary>()) {
     for (const auto &[key, item] : *dictionary) {
-      if (!isXMLText(key) || !isXMLValue(item)) {
+      if (!isPropertyListText(key) || !isXMLValue(item)) {
         return false;
       }
     }
@@ -201,7 +194,11 @@ bool isXMLValue(const PropertyList &value) {
 }  // namespace
 
 Result<Dictionary> dictionaryFromPropertyList(std::string_view bytes) {
+  static constexpr std::string_view byteOrderMark = "\uFEFF";
   const auto failure = [](const char *reason) { return Result<Dictionary>::failure(reason); };
+  if (bytes.starts_with(byteOrderMark)) {
+    bytes.remove_prefix(byteOrderMark.size());
+  }
   const bool isBinary = isBinaryPropertyList(bytes);
   if (isBinary ? !isBoundedBinaryPropertyList(bytes) : !isWellFormedXMLPropertyList(bytes)) {
     return failure("Not a property list");

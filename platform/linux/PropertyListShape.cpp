@@ -1,8 +1,8 @@
 #include "platform/linux/PropertyListShape.h"
 
-#include <array>
+#include <algorithm>
+#include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -100,16 +100,22 @@ bool isBlank(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
+// Decimal or hexadecimal, in 64 bits with a sign, blanks around it.
+bool isWholeNumber(const std::string &text) {
+  const bool isHexadecimal = text.find_first_of("xX") != std::string::npos;
+  char *end = nullptr;
+  errno = 0;
+  g_ascii_strtoll(text.c_str(), &end, isHexadecimal ? 16 : 10);
+  return end != text.c_str() && errno == 0 && isBlank(end);
+}
+
 void readText(GMarkupParseContext *, const char *text, gsize length, gpointer data,
               GError **error) {
   auto &check = *static_cast<XMLCheck *>(data);
   const ElementKind kind = check.open.empty() ? ElementKind::list : check.open.back().kind;
-  const bool valid =
-      kind == ElementKind::leaf || kind == ElementKind::key ? true
-      : kind == ElementKind::wholeNumber
-          ? g_ascii_string_to_signed(std::string(text, length).c_str(), 10, G_MININT64, G_MAXINT64,
-                                     nullptr, nullptr) != FALSE
-          : isBlank({text, length});
+  const bool valid = kind == ElementKind::leaf || kind == ElementKind::key ? true
+                     : kind == ElementKind::wholeNumber ? isWholeNumber(std::string(text, length))
+                                                        : isBlank({text, length});
   if (!valid) {
     refuse(error);
   } else if (kind == ElementKind::wholeNumber) {

@@ -23,6 +23,7 @@ bool FakeFileManager::createDirectoryWithIntermediates(const FileURL &url) {
 
 Result<Dictionary> FakePropertyListFiles::dictionaryWithContentsOfURL(const FileURL &url) {
   journal_.note("read " + url.path());
+  whileReading();
   if (const auto reason = reasons.find(url.path()); reason != reasons.end()) {
     return Result<Dictionary>::failure(reason->second);
   }

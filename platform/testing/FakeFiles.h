@@ -1,6 +1,7 @@
 // An in-memory file system of property lists, directories and plain entries.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -42,6 +43,7 @@ class FakePropertyListFiles final : public PropertyListFiles {
   std::map<std::string, Dictionary> files;     // by path
   std::map<std::string, std::string> reasons;  // why the file at that path cannot be read
   bool filesCanBeWritten = true;
+  std::function<void()> whileReading = [] {};
 
  private:
   Journal &journal_;

@@ -10,6 +10,7 @@ using platform::VariantHandle;
 
 namespace {
 
+// Written out here, not taken from the program: they are what other programs rely on.
 constexpr const char *busName = "com.morvane.v3.finder";
 constexpr const char *objectPath = "/com/morvane/v3/finder";
 constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";

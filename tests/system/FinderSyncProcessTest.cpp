@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/LinuxBookmarks.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
 
@@ -140,6 +140,40 @@ TEST_F(FinderSyncProcess, ACallMayCarry16MebibytesAndNoMore) {
   EXPECT_EQ(client.requestBadges({url, url, url}), "");
   EXPECT_EQ(client.requestBadges({url, url, url, url}), limitsExceeded);
   ASSERT_TRUE(client.waitForBadges(3));
+}
+
+TEST_F(FinderSyncProcess, ManyLargeCallsInARowAreAllAnswered) {
+  const std::string url = "file:///" + std::string(12 << 20, 'x');
+  BusClient client(session.bus());
+  BusClient other(session.bus());
+  other.catchUp();
+  for (int i = 0; i < 8; ++i) {
+    ASSERT_EQ(client.requestBadges({url}), "");
+  }
+  ASSERT_TRUE(client.waitForBadges(8));
+  EXPECT_EQ(other.requestBadges({urlOf(wc / "new.txt")}), "");
+  EXPECT_TRUE(other.waitForBadges(1));
+}
+
+TEST_F(FinderSyncProcess, ABurstIsAnsweredInFewMessagesAlsoWithManyWorkingCopies) {
+  constexpr std::size_t count = 2'000;
+  Dictionary manifest = session.sharedDictionary("Manifest.plist");
+  Array entries = *manifest["entries"].as<Array>();
+  for (int i = 0; i < 1'000; ++i) {
+    const std::string path = session / ("0/" + std::to_string(i));
+    std::filesystem::create_directories(path);
+    entries.emplace_back(Dictionary{
+        {"wcID", std::to_string(i)},
+        {"bookmark", *platform::LinuxBookmarks().bookmarkDataForURL(
+                         FileURL::fromPath(path), platform::BookmarkCreationOptions::none)}});
+  }
+  manifest.insert_or_assign("entries", entries);
+  session.writeSharedDictionary("Manifest.plist", manifest);
+  BusClient client(session.bus());
+  ASSERT_EQ(client.directoryURLs().size(), entries.size());
+  ASSERT_EQ(client.requestBadges(std::vector<std::string>(count, urlOf(wc / "new.txt"))), "");
+  ASSERT_TRUE(client.waitForBadges(count));
+  EXPECT_LE(client.messageCount, count / 50);
 }
 
 TEST_F(FinderSyncProcess, AnEmptyRequestIsAccepted) {

@@ -7,6 +7,7 @@ using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 
 namespace {
 
@@ -42,6 +43,30 @@ TEST(BadgeAnswers, AClientThatAsksTwiceIsAnsweredTwiceInOneMessage) {
   answers.setBadge("added", "file:///a");
   EXPECT_THAT(answers.takeMessages(),
               ElementsAre(message(":1.1", {{"file:///a", "added"}, {"file:///a", "added"}})));
+}
+
+TEST(BadgeAnswers, WhatOneMessageCannotCarryIsSpreadOverSeveral) {
+  const std::string longURL = "file:///" + std::string(BadgeAnswers::greatestMessageSize / 3, 'x');
+  BadgeAnswers answers;
+  for (int i = 0; i < 5; ++i) {
+    answers.noteRequest(":1.1", longURL);
+    answers.setBadge("added", longURL);
+  }
+  answers.setBadge("", "file:///" + std::string(3 * BadgeAnswers::greatestMessageSize, 'x'));
+  std::vector<std::pair<std::string, std::size_t>> sizes;
+  for (const BadgeAnswers::Message &message : answers.takeMessages()) {
+    sizes.emplace_back(message.client, message.badges.size());
+  }
+  EXPECT_THAT(sizes, ElementsAre(Pair("", 1), Pair(":1.1", 2), Pair(":1.1", 2), Pair(":1.1", 1)));
+}
+
+TEST(BadgeAnswers, AnAnswerIsAwaitedUntilItIsSet) {
+  BadgeAnswers answers;
+  EXPECT_FALSE(answers.isAwaited());
+  answers.noteRequest(":1.1", "file:///a");
+  EXPECT_TRUE(answers.isAwaited());
+  answers.setBadge("", "file:///a");
+  EXPECT_FALSE(answers.isAwaited());
 }
 
 TEST(BadgeAnswers, WhatWasTakenIsNotTakenAgain) {

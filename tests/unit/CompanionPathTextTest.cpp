@@ -4,18 +4,19 @@
 
 using namespace companion;
 
-TEST(PathText, EscapesWhatWouldBreakALineOrAField) {
-  EXPECT_EQ(escapedPath("a\tb\nc\\d\re"), "a\\tb\\nc\\\\d\\re");
+TEST(PathText, AFieldEscapesWhatWouldBreakALineOrAFieldAndNothingElse) {
+  EXPECT_EQ(fieldOfPath("a\tb\nc\\d\re\x1b[31m"), "a\\tb\\nc\\\\d\re\x1b[31m");
 }
 
-TEST(PathText, EscapesOtherControlBytesAsThreeOctalDigits) {
-  EXPECT_EQ(escapedPath("\x01"
-                        "7\x1b[31m\x7f"),
-            "\\0017\\033[31m\\177");
+TEST(PathText, WhatIsDisplayedEscapesOtherControlBytesAsThreeOctalDigits) {
+  EXPECT_EQ(displayedPath("\x01"
+                          "7\t\x1b[31m\x7f"),
+            "\\0017\\t\\033[31m\\177");
 }
 
-TEST(PathText, PassesSpacesAndAllBytesAboveASCIIThrough) {
-  EXPECT_EQ(escapedPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
+TEST(PathText, SpacesAndAllBytesAboveASCIIPassThrough) {
+  EXPECT_EQ(fieldOfPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
+  EXPECT_EQ(displayedPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
 }
 
 TEST(PathText, RemovesTrailingSlashesButNotTheRoot) {

@@ -101,14 +101,18 @@ TEST_F(ManifestReload, AChangeIsNotAnnouncedLaterIfNoCallbackWasInstalled) {
 
 TEST_F(ManifestReload, TheCallbackThatIsInstalledAtTheEndOfTheReloadIsCalled) {
   std::string called;
-  registry.setRootURLsDidChange([&called](const FileURLSet &) { called += "first"; });
+  const auto install = [this, &called](const std::string &name) {
+    registry.setRootURLsDidChange([&called, name](const FileURLSet &) { called += name; });
+  };
+  install("before");
+  fakes.propertyListFiles.whileReading = [&install] { install("during"); };
   fakes.bookmarks.paths["own"] = "/wc";
   setStore({{"A", "own"}});
   publish(1, {entry("A")});
   registry.reloadManifest();
-  registry.setRootURLsDidChange([&called](const FileURLSet &) { called += "second"; });
+  install("after");
   fakes.queues.runUntilIdle();
-  EXPECT_EQ(called, "first");
+  EXPECT_EQ(called, "during");
 }
 
 TEST_F(ManifestReload, AnOwnBookmarkThatWorksLeavesTheStoreAloneAndTheApplicationsUnlookedAt) {
@@ -239,6 +243,29 @@ TEST_F(ManifestReload, NeighbouringLargeGenerationsAreToldApart) {
   publishGeneration(9'007'199'254'740'992);  // 2^53, where doubles stop being exact
   publishGeneration(9'007'199'254'740'993);
   EXPECT_EQ(postedRequests(), 2U);
+}
+
+TEST_F(ManifestReload, WholeAndBrokenGenerationsHaveOneExactOrder) {
+  const std::int64_t large = (std::int64_t{1} << 53) + 1;
+  const std::vector<PropertyList> ascending = {
+      -1e300, std::int64_t{-7}, -6.5, 0, 0.5, 1, 1.5, static_cast<double>(large - 1), large, 1e300};
+  for (std::size_t a = 0; a < ascending.size(); ++a) {
+    for (std::size_t b = 0; b < ascending.size(); ++b) {
+      EXPECT_EQ(Generation(ascending[a]).precedes(Generation(ascending[b])), a < b)
+          << a << " " << b;
+    }
+  }
+  EXPECT_FALSE(Generation(1).precedes(Generation(1.0)));
+  EXPECT_FALSE(Generation(1.0).precedes(Generation(1)));
+}
+
+TEST_F(ManifestReload, AnIdentifierThatNoFileCanHoldCostsOnlyItsOwnEntry) {
+  fakes.bookmarks.paths["app"] = "/wc";
+  publish(1, {entry("\x01"), entry("\uFFFE"), entry("\xff"), entry("lost"), entry("A", "app")});
+  reload();
+  EXPECT_THAT(rootPaths(), ElementsAre("/wc"));
+  EXPECT_THAT(store(), ElementsAre(Pair("A", PropertyList(bookmarkNamed("minted 1")))));
+  EXPECT_THAT(recoveryRequest(), ElementsAre(Pair("lost", PropertyList(1))));
 }
 
 TEST_F(ManifestReload, TheStoredBookmarkOfAListedWorkingCopyIsKeptEvenWhenItFails) {

@@ -21,6 +21,15 @@ TEST_F(RecoveryRequest, TwoRequestsInARowAreMergedInTheFileAndInTheRecord) {
   EXPECT_THAT(fakes.systemLogs.lines, ElementsAre(line, line));
 }
 
+TEST_F(RecoveryRequest, TheLogCountsTheWorkingCopiesOfThisRequestAlone) {
+  peer.requestRecovery({{"a", 3}, {"b", 3}, {"c", 3}});
+  peer.requestRecovery({{"d", 4}});
+  const std::string beginning =
+      std::string("default ") + logName + "Asking the app for fresh bookmarks for ";
+  EXPECT_THAT(fakes.systemLogs.lines,
+              ElementsAre(beginning + "3 working copies", beginning + "1 working copies"));
+}
+
 TEST_F(RecoveryRequest, AFileThatIsNoDictionaryIsReplacedByTheNewEntriesAlone) {
   fakes.propertyListFiles.reasons[requestPath] = "not a dictionary";
   peer.requestRecovery({{"a", 3}});
@@ -58,7 +67,7 @@ TEST_F(RecoveryRequest, WithoutASharedDirectoryThereIsNoFileAndNoNotification) {
   fakes.journal.clear();
   peer.requestRecovery({{"a", 3}});
   EXPECT_THAT(fakes.journal.calls(), IsEmpty());
-  EXPECT_THAT(peer.lastRequestedGenerations(), IsEmpty());
+  EXPECT_THAT(peer.lastRequestedGenerations(), ElementsAre(Pair("a", PropertyList(3))));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 svn_error_t *FakeScanner::scan(const std::string &targetPath,
                                const std::optional<std::string> &configDir,
-                               const KTRWorkingCopyScanOptions &scanOptions,
+                               KTRWorkingCopyScanOptions scanOptions,
                                const KTRWorkingCopyEntryBlock &entryBlock) {
   targets.push_back(targetPath);
   configDirs.push_back(configDir);
@@ -76,7 +76,7 @@ void RegistryFixture::registerRoots(const std::vector<std::string> &paths) {
   Array entries;
   for (const std::string &path : paths) {
     fakes.bookmarks.paths["app " + path] = path;
-    entries.emplace_back(entry("id " + path, "app " + path));
+    entries.emplace_back(entry("id " + std::to_string(entries.size()), "app " + path));
   }
   publish(1, std::move(entries));
   registry.reloadManifest();

@@ -32,8 +32,7 @@ struct ReportedNode {
 class FakeScanner {
  public:
   svn_error_t *scan(const std::string &targetPath, const std::optional<std::string> &configDir,
-                    const KTRWorkingCopyScanOptions &options,
-                    const KTRWorkingCopyEntryBlock &entryBlock);
+                    KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock);
 
   std::map<std::string, std::vector<ReportedNode>> nodes;  // by target path
   std::map<std::string, std::pair<apr_status_t, std::string>> errors;

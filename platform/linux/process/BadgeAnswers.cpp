@@ -18,9 +18,16 @@ void BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlT
 
 std::vector<BadgeAnswers::Message> BadgeAnswers::takeMessages() {
   std::vector<Message> messages;
-  messages.reserve(gathered_.size());
   for (auto &[client, badges] : gathered_) {
-    messages.push_back({client, std::move(badges)});
+    std::size_t size = greatestMessageSize;  // full: the first badge begins a message
+    for (auto &badge : badges) {
+      size += badge.first.size();
+      if (size > greatestMessageSize || messages.back().badges.size() >= greatestMessageCount) {
+        messages.push_back({client, {}});
+        size = badge.first.size();
+      }
+      messages.back().badges.push_back(std::move(badge));
+    }
   }
   gathered_.clear();
   return messages;

@@ -22,10 +22,19 @@ class BadgeAnswers {
     Badges badges;
   };
 
+  // Bytes of urls in one message. The bus ends the connection of whoever sends an array of more
+  // than 64 MiB; encoding adds at most 30 bytes to a badge, and the longest url is a quarter of it.
+  static constexpr std::size_t greatestMessageSize = 8 << 20;
+  static constexpr std::size_t greatestMessageCount = 200'000;
+
   void noteRequest(const std::string &client, const std::string &urlText);
   void setBadge(std::string_view identifier, const std::string &urlText);
 
-  // All that was set since the last call: one message per client, and one for the changes.
+  // Whether a badge is awaited by somebody.
+  bool isAwaited() const { return !waiting_.empty(); }
+
+  // All that was set since the last call, for each client and for everyone in as few messages as
+  // can be, of which each is small enough for the bus.
   std::vector<Message> takeMessages();
 
  private:

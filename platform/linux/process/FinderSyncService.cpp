@@ -1,5 +1,6 @@
 #include "platform/linux/process/FinderSyncService.h"
 
+#include "platform/linux/BusNames.h"
 #include "platform/linux/process/RequestArguments.h"
 
 using platform::ErrorHandle;
@@ -8,10 +9,6 @@ using platform::FileURL;
 using platform::VariantHandle;
 
 namespace {
-
-constexpr const char *busName = "com.morvane.v3.finder";
-constexpr const char *objectPath = "/com/morvane/v3/finder";
-constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
 
 // Of the D-Bus specification, "RequestName".
 constexpr guint32 doNotQueue = 4;
@@ -138,7 +135,7 @@ void FinderSyncService::connectHandlers() {
 bool FinderSyncService::exportObject(GDBusConnection *connection, std::string &reason) {
   ErrorHandle error;
   if (g_dbus_interface_skeleton_export(G_DBUS_INTERFACE_SKELETON(skeleton_.get()), connection,
-                                       objectPath, ErrorOut(error)) == FALSE) {
+                                       platform::finderSyncObjectPath, ErrorOut(error)) == FALSE) {
     reason = error->message;
     return false;
   }
@@ -150,8 +147,8 @@ FinderSyncService::NameRequest FinderSyncService::requestName(std::string &reaso
   ErrorHandle error;
   const VariantHandle reply(g_dbus_connection_call_sync(
       connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "RequestName", g_variant_new("(su)", busName, doNotQueue), G_VARIANT_TYPE("(u)"),
-      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
+      "RequestName", g_variant_new("(su)", platform::finderSyncBusName, doNotQueue),
+      G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
     reason = error->message;
     return NameRequest::failed;
@@ -186,17 +183,26 @@ void FinderSyncService::setBadgeIdentifier(std::string_view badgeIdentifier,
 }
 
 void FinderSyncService::sendSoon() {
-  if (sendSource_ != 0) {
+  // While more answers are on their way, those that are there wait for them a little: the look-ups
+  // of a burst may be slower than this loop, and each would be sent by itself. Far below what an
+  // eye sees, far above what a look-up takes.
+  constexpr guint gatheringTime = 4;  // milliseconds
+
+  const bool isAwaited = answers_.isAwaited();
+  if (sendSource_ != 0 && (isAwaited || !isGathering_)) {
     return;
   }
+  if (sendSource_ != 0) {
+    g_source_remove(sendSource_);
+  }
+  const GSourceFunc send = [](gpointer data) -> gboolean {
+    static_cast<FinderSyncService *>(data)->sendMessages();
+    return G_SOURCE_REMOVE;
+  };
   // Below everything else on the main loop: it runs when the main queue has run empty.
-  sendSource_ = g_idle_add_full(
-      G_PRIORITY_LOW,
-      [](gpointer data) -> gboolean {
-        static_cast<FinderSyncService *>(data)->sendMessages();
-        return G_SOURCE_REMOVE;
-      },
-      this, nullptr);
+  isGathering_ = isAwaited;
+  sendSource_ = isAwaited ? g_timeout_add_full(G_PRIORITY_LOW, gatheringTime, send, this, nullptr)
+                          : g_idle_add_full(G_PRIORITY_LOW, send, this, nullptr);
 }
 
 void FinderSyncService::sendMessages() {
@@ -204,8 +210,9 @@ void FinderSyncService::sendMessages() {
   for (const BadgeAnswers::Message &message : answers_.takeMessages()) {
     const bool isAnswer = !message.client.empty();
     const VariantHandle badges = badgesVariant(message.badges);
-    g_dbus_connection_emit_signal(
-        connection_.get(), isAnswer ? message.client.c_str() : nullptr, objectPath, interfaceName,
-        isAnswer ? "BadgeIdentifiersSet" : "BadgeIdentifiersChanged", badges.get(), nullptr);
+    g_dbus_connection_emit_signal(connection_.get(), isAnswer ? message.client.c_str() : nullptr,
+                                  platform::finderSyncObjectPath, platform::finderSyncInterface,
+                                  isAnswer ? "BadgeIdentifiersSet" : "BadgeIdentifiersChanged",
+                                  badges.get(), nullptr);
   }
 }

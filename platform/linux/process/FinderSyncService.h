@@ -44,5 +44,6 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   platform::ObjectHandle<GDBusConnection> connection_;
   platform::FIFinderSync *principalObject_ = nullptr;
   BadgeAnswers answers_;
-  guint sendSource_ = 0;
+  guint sendSource_ = 0;      // 0 while nothing is to be sent
+  bool isGathering_ = false;  // whether that source waits for more
 };

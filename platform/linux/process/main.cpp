@@ -1,4 +1,5 @@
 // The extension process: halvern-finder-sync.
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -46,6 +47,13 @@ int run() {
   }
   g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
 
+  // Heard from here on, acted on when the loop runs: an end during the start-up is a clean one too.
+  const Handle<GMainLoop, g_main_loop_unref> loop(g_main_loop_new(nullptr, FALSE));
+  for (const int signal : {SIGTERM, SIGINT}) {
+    g_unix_signal_add(signal, quitLoop, loop.get());
+  }
+  g_signal_connect_swapped(connection.get(), "closed", G_CALLBACK(quitLoop), loop.get());
+
   // The order matters: whoever sees the name owned gets an answer, because the object is there
   // before the name and nothing is answered before the controller is; and a second process has
   // touched nothing by the time it learns that the name is taken.
@@ -66,10 +74,6 @@ int run() {
   KTRFinderSync finderSync(processServices());
   service.setPrincipalObject(finderSync);
 
-  const Handle<GMainLoop, g_main_loop_unref> loop(g_main_loop_new(nullptr, FALSE));
-  g_unix_signal_add(SIGTERM, quitLoop, loop.get());
-  g_unix_signal_add(SIGINT, quitLoop, loop.get());
-  g_signal_connect_swapped(connection.get(), "closed", G_CALLBACK(quitLoop), loop.get());
   g_main_loop_run(loop.get());
 
   g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr);
