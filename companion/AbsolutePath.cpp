@@ -1,6 +1,5 @@
 #include "companion/AbsolutePath.h"
 
-#include <cerrno>
 #include <filesystem>
 
 #include "platform/linux/GLibHandles.h"
@@ -27,7 +26,7 @@ Result<std::string> currentDirectory() {
 
 Result<std::string> absolutePath(const std::string &path) {
   if (path.empty()) {
-    return Result<std::string>::failure(g_strerror(ENOENT));
+    return Result<std::string>::failure("an empty path names nothing");
   }
   std::string absolute = path;
   if (!path.starts_with('/')) {

@@ -36,6 +36,27 @@ std::string notReachable(const ErrorHandle &error) {
   return notReachable(std::string(error->message));
 }
 
+std::string silenceMessage(std::chrono::seconds patience) {
+  return "the extension has not answered for " + std::to_string(patience.count()) + " s";
+}
+
+constexpr const char *endedMessage =
+    "the extension is not reachable: it ended before it had answered";
+
+// Why a call to the extension, which had been reached before, has no answer.
+std::string whyUnanswered(const ErrorHandle &error, std::chrono::seconds patience) {
+  if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE) {
+    return silenceMessage(patience);
+  }
+  for (const GDBusError gone : {G_DBUS_ERROR_SERVICE_UNKNOWN, G_DBUS_ERROR_NAME_HAS_NO_OWNER,
+                                G_DBUS_ERROR_NO_REPLY, G_DBUS_ERROR_DISCONNECTED}) {
+    if (g_error_matches(error.get(), G_DBUS_ERROR, gone) != FALSE) {
+      return endedMessage;
+    }
+  }
+  return notReachable(error);
+}
+
 int milliseconds(std::chrono::seconds duration) {
   return static_cast<int>(std::chrono::milliseconds(duration).count());
 }
@@ -78,7 +99,10 @@ Result<std::unique_ptr<BadgeClient>> BadgeClient::connect(std::chrono::seconds p
   g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
   const std::optional<std::string> owner = startedOwner(connection.get(), patience, error);
   if (!owner) {
-    return Connected::failure(notReachable(error));
+    return Connected::failure(g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) !=
+                                      FALSE
+                                  ? silenceMessage(patience)
+                                  : notReachable(error));
   }
   // Subscribes to the signals of that process and of no other.
   ObjectHandle<HalvernFinderSync1> proxy(halvern_finder_sync1_proxy_new_sync(
@@ -121,10 +145,6 @@ BadgeClient::~BadgeClient() {
   g_dbus_connection_signal_unsubscribe(connection_.get(), ownerSubscription_);
 }
 
-std::string BadgeClient::silenceMessage() const {
-  return "the extension has not answered for " + std::to_string(patience_.count()) + " s";
-}
-
 Result<std::vector<std::string>> BadgeClient::directoryPaths() {
   using Paths = Result<std::vector<std::string>>;
   ErrorHandle error;
@@ -133,9 +153,7 @@ Result<std::vector<std::string>> BadgeClient::directoryPaths() {
                              g_variant_new("(ss)", platform::finderSyncInterface, "DirectoryURLs"),
                              G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
-    return Paths::failure(g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE
-                              ? silenceMessage()
-                              : notReachable(error));
+    return Paths::failure(whyUnanswered(error, patience_));
   }
   GVariant *valueOut = nullptr;
   g_variant_get(reply.get(), "(v)", &valueOut);
@@ -182,9 +200,7 @@ std::optional<std::string> BadgeClient::askForWaiting() {
   ErrorHandle error;
   if (halvern_finder_sync1_call_request_badge_identifiers_sync(proxy_.get(), urls.data(), nullptr,
                                                                ErrorOut(error)) == FALSE) {
-    return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE
-               ? silenceMessage()
-               : notReachable(error);
+    return whyUnanswered(error, patience_);
   }
 
   const gint64 patience = patience_.count() * G_USEC_PER_SEC;
@@ -205,7 +221,7 @@ std::optional<std::string> BadgeClient::askForWaiting() {
   if (waiting_.empty()) {
     return std::nullopt;
   }
-  return hasEnded_ ? notReachable("it ended before it had answered") : silenceMessage();
+  return hasEnded_ ? endedMessage : silenceMessage(patience_);
 }
 
 void BadgeClient::takeAnswers(GVariant *badges) {

@@ -42,7 +42,6 @@ class BadgeClient {
   // None on success, else why not all of `waiting_` could be asked and answered.
   std::optional<std::string> askForWaiting();
   void takeAnswers(GVariant *badges);
-  std::string silenceMessage() const;
 
   const platform::ObjectHandle<GDBusConnection> connection_;
   const platform::ObjectHandle<HalvernFinderSync1> proxy_;  // of the one process that answers

@@ -119,11 +119,19 @@ ExitStatus printBadges(const Options &options, Output &output) {
   }
 
   const bool looksBeneath = coversEverything || options.isRecursive || options.showsTree;
+  ExitStatus status = exitDone;
   for (Target &target : *targets) {
     target.items = {""};
-    if (looksBeneath) {
-      const std::vector<std::string> beneath = itemsBeneath(target.path, *workingCopies);
-      target.items.insert(target.items.end(), beneath.begin(), beneath.end());
+    if (!looksBeneath) {
+      continue;
+    }
+    const ItemsBeneath beneath = itemsBeneath(target.path, *workingCopies);
+    target.items.insert(target.items.end(), beneath.names.begin(), beneath.names.end());
+    for (const auto &[place, reason] : beneath.unreadable) {
+      if (isInside(place, *workingCopies)) {
+        printError(displayedPath(place) + ": badges may be missing: " + reason);
+        status = exitFailed;
+      }
     }
   }
   const Result<BadgesByPath> badges =
@@ -151,7 +159,7 @@ ExitStatus printBadges(const Options &options, Output &output) {
     }
     isFirst = false;
   }
-  return exitDone;
+  return status;
 }
 
 }  // namespace companion

@@ -40,8 +40,8 @@ void addItemsOnDisk(const std::string &folder, Names &names) {
 
 }  // namespace
 
-std::vector<std::string> itemsBeneath(const std::string &folder,
-                                      const std::vector<std::string> &workingCopies) {
+ItemsBeneath itemsBeneath(const std::string &folder,
+                          const std::vector<std::string> &workingCopies) {
   Names names;
   addItemsOnDisk(folder, names);
 
@@ -51,13 +51,20 @@ std::vector<std::string> itemsBeneath(const std::string &folder,
       names.emplace(path.substr(prefixLength));
     }
   };
-  visitVersionedPaths(folder, addVersionedName);
+  ItemsBeneath items;
+  const auto addVersionedNames = [&](const std::string &place) {
+    if (std::optional<std::string> reason = visitVersionedPaths(place, addVersionedName)) {
+      items.unreadable.emplace_back(place, *std::move(reason));
+    }
+  };
+  addVersionedNames(folder);
   for (const std::string &workingCopy : workingCopies) {
     if (workingCopy != folder && isAtOrBelow(workingCopy, folder)) {
-      visitVersionedPaths(workingCopy, addVersionedName);
+      addVersionedNames(workingCopy);
     }
   }
-  return {names.begin(), names.end()};
+  items.names.assign(names.begin(), names.end());
+  return items;
 }
 
 }  // namespace companion

@@ -2,15 +2,21 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace companion {
+
+struct ItemsBeneath {
+  std::vector<std::string> names;
+  // Folders that Subversion could not look into, and why; of these the names on disk are there.
+  std::vector<std::pair<std::string, std::string>> unreadable;
+};
 
 // The paths of all items beneath the folder, relative to it, in the order of their bytes. Leaves
 // ".svn" directories out, and follows no symbolic link but the folder itself. Subversion is asked
 // about the folder and about those of `workingCopies` that are beneath it. All paths given are
 // absolute and standardised.
-std::vector<std::string> itemsBeneath(const std::string &folder,
-                                      const std::vector<std::string> &workingCopies);
+ItemsBeneath itemsBeneath(const std::string &folder, const std::vector<std::string> &workingCopies);
 
 }  // namespace companion

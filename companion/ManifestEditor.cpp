@@ -18,7 +18,8 @@ namespace {
 constexpr std::chrono::seconds lockPatience{10};
 
 std::string notWritten(const FileURL &file, const std::string &reason) {
-  return "the list of working copies cannot be written: " + displayedPath(file.path()) + reason;
+  return "the list of working copies cannot be written: " + displayedPath(file.path()) + ": " +
+         reason;
 }
 
 }  // namespace
@@ -31,8 +32,11 @@ Result<ManifestEditor> ManifestEditor::open() {
   if (!directory) {
     return failure(directory.reason());
   }
-  if (!platform::LinuxFileManager().createDirectoryWithIntermediates(*directory)) {
-    return failure(displayedPath(directory->path()) + ": the directory cannot be created");
+  const platform::Outcome created =
+      platform::LinuxFileManager().createDirectoryWithIntermediates(*directory);
+  if (!created) {
+    return failure("the directory cannot be created: " + displayedPath(directory->path()) + ": " +
+                   created.reason());
   }
   Result<ManifestLock> lock = ManifestLock::take(*directory, lockPatience);
   if (!lock) {
@@ -49,12 +53,10 @@ std::optional<std::string> ManifestEditor::publish(Array entries) const {
   const FileURL file = Manifest::urlInDirectory(sharedDirectory_);
   const Result<Dictionary> next = manifest_.successor(std::move(entries));
   if (!next) {
-    return notWritten(file, ": " + next.reason());
+    return notWritten(file, next.reason());
   }
-  if (!platform::LinuxPropertyListFiles().writeDictionary(*next, file)) {
-    return notWritten(file, "");
-  }
-  return std::nullopt;
+  const platform::Outcome written = platform::LinuxPropertyListFiles().writeDictionary(*next, file);
+  return written ? std::nullopt : std::optional(notWritten(file, written.reason()));
 }
 
 }  // namespace companion

@@ -31,8 +31,4 @@ class Output {
 // One line on standard error that begins with the program's name.
 void printError(std::string_view message);
 
-// Must come before the first file is opened. A reader that goes away becomes a write error, and a
-// standard stream that the caller closed is not mistaken for a file that is opened later.
-void prepareStandardStreams();
-
 }  // namespace companion

@@ -44,10 +44,21 @@ std::string fieldOfPath(std::string_view path) {
 }
 
 std::string displayedPath(std::string_view path) {
+  if (path.empty()) {
+    return "\"\"";
+  }
   std::string displayed;
-  for (const char character : fieldOfPath(path)) {
-    const auto byte = static_cast<unsigned char>(character);
-    displayed += isControl(byte) ? octalEscape(byte) : std::string(1, character);
+  bool isSecondOfControl = false;
+  const std::string field = fieldOfPath(path);
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(field[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < field.size() ? field[i + 1] : 0);
+    // U+0080 to U+009F are control characters too, of two bytes in UTF-8.
+    const bool isFirstOfControl = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
+    displayed += isControl(byte) || isFirstOfControl || isSecondOfControl
+                     ? octalEscape(byte)
+                     : std::string(1, field[i]);
+    isSecondOfControl = isFirstOfControl;
   }
   return displayed;
 }

@@ -10,8 +10,8 @@ namespace companion {
 // line. All other bytes stay as they are.
 std::string fieldOfPath(std::string_view path);
 
-// For people: every control byte escaped, so that a name can do nothing to a terminal. All other
-// bytes stay, UTF-8 or not.
+// For people: every control character escaped, so that a name can do nothing to a terminal. All
+// other bytes stay, UTF-8 or not.
 std::string displayedPath(std::string_view path);
 
 // Without the slashes at its end; "/" stays "/".

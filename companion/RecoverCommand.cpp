@@ -91,6 +91,14 @@ Answer answerRequest(const FileURL &file, const FileURL &taken) {
     // Read once more: it may have been replaced by a longer one before it was taken.
     request = files.dictionaryWithContentsOfURL(taken);
   }
+  if (!request && file == taken &&
+      std::rename(taken.path().c_str(), (taken.path() + ".unreadable").c_str()) == 0) {
+    answer.unreachable.push_back(
+        "a recovery request that was left over cannot be read and was put "
+        "aside: " +
+        withReason(taken, request.reason()));
+    return answer;
+  }
   if (!request) {
     answer.failure = "the recovery request cannot be read: " + withReason(file, request.reason());
     return answer;

@@ -2,6 +2,7 @@
 #include "companion/Commands.h"
 #include "companion/Help.h"
 #include "companion/SubversionLibrary.h"
+#include "platform/linux/StandardStreams.h"
 
 namespace {
 
@@ -41,7 +42,7 @@ ExitStatus run(const Options &options, Output &output) {
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
-  prepareStandardStreams();
+  platform::prepareStandardStreams();
   const std::vector<std::string> given(arguments + 1, arguments + argumentCount);
   const auto options = optionsFromArguments(given);
   if (!options) {

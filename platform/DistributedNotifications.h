@@ -11,8 +11,9 @@ class DistributedNotificationCenter {
  public:
   virtual ~DistributedNotificationCenter() = default;
 
-  // Calls `handler` on the main thread for every posting of `name`, from any sender, for the rest
-  // of the centre's life. Returns once no later posting can be missed.
+  // Calls `handler` on the main thread after every posting of `name`, from any sender, for the rest
+  // of the centre's life; postings that arrive while a call is waiting for its turn are covered by
+  // it. Returns once no later posting can be missed.
   virtual void addObserver(const std::string &name, std::function<void()> handler) = 0;
 
   // Delivered immediately, also to receivers that have suspended delivery. Does not wait for them.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/FileURL.h"
+#include "platform/Result.h"
 
 namespace platform {
 
@@ -21,7 +22,7 @@ class FileManager {
   virtual bool fileExistsAtPath(const std::string &path) = 0;
 
   // Creates the directory and its missing parents. One that exists already is no failure.
-  virtual bool createDirectoryWithIntermediates(const FileURL &url) = 0;
+  virtual Outcome createDirectoryWithIntermediates(const FileURL &url) = 0;
 };
 
 }  // namespace platform

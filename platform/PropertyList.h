@@ -75,8 +75,9 @@ class PropertyListFiles {
   virtual Result<Dictionary> dictionaryWithContentsOfURL(const FileURL &url) = 0;
 
   // Writes the XML form, atomically: whatever happens, the file is the old one or the new one.
-  // False if it stayed the old one, as it does if `isPropertyListText` is false of a text in it.
-  virtual bool writeDictionary(const Dictionary &dictionary, const FileURL &url) = 0;
+  // It stays the old one if this fails, as it does if `isPropertyListText` is false of a text in
+  // it.
+  virtual Outcome writeDictionary(const Dictionary &dictionary, const FileURL &url) = 0;
 };
 
 }  // namespace platform

@@ -36,4 +36,8 @@ class Result {
   std::string reason_;
 };
 
+// The answer of an operation that has nothing to say but how it went: `return Done();` on success.
+struct Done {};
+using Outcome = Result<Done>;
+
 }  // namespace platform

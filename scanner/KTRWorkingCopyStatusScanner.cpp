@@ -41,8 +41,9 @@ svn_error_t *checkTargetPath(const std::string &path, apr_pool_t *pool) {
 // cost the scan, so the library's defaults stand in for the whole configuration then.
 apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool) {
   apr_hash_t *configuration = nullptr;
-  svn_error_t *error =
-      svn_config_get_config(&configuration, configDir ? configDir->c_str() : nullptr, pool);
+  const char *canonicalDir =
+      configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
+  svn_error_t *error = svn_config_get_config(&configuration, canonicalDir, pool);
   if (error != nullptr) {
     svn_error_clear(error);
     return apr_hash_make(pool);

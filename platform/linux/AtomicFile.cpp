@@ -42,7 +42,7 @@ Result<std::string> readFile(const std::string &path) {
     return failure(errno);
   }
   if (!S_ISREG(status.st_mode)) {
-    return failure(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    return Result<std::string>::failure("Not a regular file");
   }
   if (status.st_size > largestFile) {
     return failure(EFBIG);
@@ -66,12 +66,18 @@ Result<std::string> readFile(const std::string &path) {
   return contents;
 }
 
-bool replaceFile(const std::string &path, std::string_view contents) {
-  return g_file_set_contents_full(path.c_str(), contents.data(),
-                                  static_cast<gssize>(contents.size()),
-                                  static_cast<GFileSetContentsFlags>(
-                                      G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE),
-                                  0600, nullptr) != FALSE;
+Outcome replaceFile(const std::string &path, std::string_view contents) {
+  ErrorHandle error;
+  if (g_file_set_contents_full(path.c_str(), contents.data(), static_cast<gssize>(contents.size()),
+                               static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT |
+                                                                  G_FILE_SET_CONTENTS_DURABLE),
+                               0600, ErrorOut(error)) != FALSE) {
+    return Done();
+  }
+  // GLib's message names the path; what it says of the reason is the system's text.
+  const std::string message = error->message;
+  const std::size_t colon = message.rfind(": ");
+  return Outcome::failure(colon == std::string::npos ? message : message.substr(colon + 2));
 }
 
 }  // namespace platform

@@ -12,7 +12,7 @@ namespace platform {
 Result<std::string> readFile(const std::string &path);
 
 // Writes a temporary file beside the target, flushes it to disk and renames it over the target
-// (mode 0600). False, and the target untouched, if any of that fails.
-bool replaceFile(const std::string &path, std::string_view contents);
+// (mode 0600). The target is untouched if any of that fails.
+Outcome replaceFile(const std::string &path, std::string_view contents);
 
 }  // namespace platform

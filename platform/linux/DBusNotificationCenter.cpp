@@ -1,6 +1,8 @@
 #include "platform/linux/DBusNotificationCenter.h"
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
 
 namespace platform {
 
@@ -25,6 +27,8 @@ struct Observer {
   SignalName signal;
   std::function<void()> handler;
   Queue &mainQueue;
+  // Whether a call of the handler is waiting for its turn. A storm of postings is one call.
+  std::shared_ptr<std::atomic<bool>> isWaiting = std::make_shared<std::atomic<bool>>(false);
 
   bool observes(GDBusMessage *message) const {
     return g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_SIGNAL &&
@@ -38,8 +42,11 @@ struct Observer {
 GDBusMessage *messagePassed(GDBusConnection * /*connection*/, GDBusMessage *message,
                             gboolean isIncoming, gpointer data) {
   const auto &observer = *static_cast<const Observer *>(data);
-  if (isIncoming != FALSE && observer.observes(message)) {
-    observer.mainQueue.async(observer.handler);
+  if (isIncoming != FALSE && observer.observes(message) && !observer.isWaiting->exchange(true)) {
+    observer.mainQueue.async([handler = observer.handler, isWaiting = observer.isWaiting] {
+      isWaiting->store(false);  // before it looks: what is posted from now on needs another call
+      handler();
+    });
   }
   return message;
 }

@@ -12,7 +12,7 @@ template <auto release>
 struct ReleaseWith {
   template <typename T>
   void operator()(T *handle) const {
-    release(handle);
+    release(handle);  // NOLINT: this is the owner
   }
 };
 

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxFileManager.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
 #include <glib.h>
@@ -22,8 +23,11 @@ bool LinuxFileManager::fileExistsAtPath(const std::string &path) {
   return stat(path.c_str(), &status) == 0;
 }
 
-bool LinuxFileManager::createDirectoryWithIntermediates(const FileURL &url) {
-  return g_mkdir_with_parents(url.path().c_str(), 0700) == 0;
+Outcome LinuxFileManager::createDirectoryWithIntermediates(const FileURL &url) {
+  if (g_mkdir_with_parents(url.path().c_str(), 0700) != 0) {
+    return Outcome::failure(g_strerror(errno));
+  }
+  return Done();
 }
 
 }  // namespace platform

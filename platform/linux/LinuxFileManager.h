@@ -11,7 +11,7 @@ class LinuxFileManager final : public FileManager {
   std::optional<FileURL> containerURLForSecurityApplicationGroupIdentifier(
       const std::string &groupIdentifier) override;
   bool fileExistsAtPath(const std::string &path) override;
-  bool createDirectoryWithIntermediates(const FileURL &url) override;
+  Outcome createDirectoryWithIntermediates(const FileURL &url) override;
 };
 
 }  // namespace platform

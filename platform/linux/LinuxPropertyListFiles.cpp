@@ -13,9 +13,12 @@ Result<Dictionary> LinuxPropertyListFiles::dictionaryWithContentsOfURL(const Fil
   return dictionaryFromPropertyList(*contents);
 }
 
-bool LinuxPropertyListFiles::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
+Outcome LinuxPropertyListFiles::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
   const std::optional<std::string> xml = xmlPropertyList(dictionary);
-  return xml && replaceFile(url.path(), *xml);
+  if (!xml) {
+    return Outcome::failure("It holds a text or a date that a property list cannot hold");
+  }
+  return replaceFile(url.path(), *xml);
 }
 
 }  // namespace platform

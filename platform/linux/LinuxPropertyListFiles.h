@@ -7,7 +7,7 @@ namespace platform {
 class LinuxPropertyListFiles final : public PropertyListFiles {
  public:
   Result<Dictionary> dictionaryWithContentsOfURL(const FileURL &url) override;
-  bool writeDictionary(const Dictionary &dictionary, const FileURL &url) override;
+  Outcome writeDictionary(const Dictionary &dictionary, const FileURL &url) override;
 };
 
 }  // namespace platform

@@ -2,13 +2,17 @@
 
 #include <glib.h>
 
+#include "platform/Paths.h"
+
 namespace platform {
 
 namespace {
 
 std::string absolutePathInVariable(const char *name) {
   const char *value = g_getenv(name);
-  return value != nullptr && g_path_is_absolute(value) ? value : "";
+  return value != nullptr && g_path_is_absolute(value) != FALSE
+             ? lexicallyStandardizedPath(value, "")
+             : "";
 }
 
 std::optional<std::string> baseDirectory(const char *variable, const char *placeBelowHome) {

@@ -1,5 +1,6 @@
 // The user's base directories. The environment variables count, not the password file: absolute
-// paths in XDG_DATA_HOME and XDG_CONFIG_HOME, else the usual places below HOME. Read anew at each
+// paths in XDG_DATA_HOME and XDG_CONFIG_HOME, else the usual places below HOME. The answers are
+// standardised. Read anew at each
 // call; from any thread as long as nobody changes the environment.
 #pragma once
 

@@ -13,12 +13,13 @@ bool FakeFileManager::fileExistsAtPath(const std::string &path) {
   return existingPaths.contains(path);
 }
 
-bool FakeFileManager::createDirectoryWithIntermediates(const FileURL &url) {
+Outcome FakeFileManager::createDirectoryWithIntermediates(const FileURL &url) {
   journal_.note("create directory " + url.path());
-  if (directoriesCanBeCreated) {
-    existingPaths.insert(url.path());
+  if (!directoriesCanBeCreated) {
+    return Outcome::failure("no more directories");
   }
-  return directoriesCanBeCreated;
+  existingPaths.insert(url.path());
+  return Done();
 }
 
 Result<Dictionary> FakePropertyListFiles::dictionaryWithContentsOfURL(const FileURL &url) {
@@ -34,13 +35,14 @@ Result<Dictionary> FakePropertyListFiles::dictionaryWithContentsOfURL(const File
   return found->second;
 }
 
-bool FakePropertyListFiles::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
+Outcome FakePropertyListFiles::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
   journal_.note("write " + url.path());
-  if (filesCanBeWritten) {
-    files.insert_or_assign(url.path(), dictionary);
-    reasons.erase(url.path());
+  if (!filesCanBeWritten) {
+    return Outcome::failure("no more files");
   }
-  return filesCanBeWritten;
+  files.insert_or_assign(url.path(), dictionary);
+  reasons.erase(url.path());
+  return Done();
 }
 
 std::optional<PropertyList> FakeUserDefaults::objectForKey(std::string_view key) {

@@ -23,7 +23,7 @@ class FakeFileManager final : public FileManager {
   std::optional<FileURL> containerURLForSecurityApplicationGroupIdentifier(
       const std::string &groupIdentifier) override;
   bool fileExistsAtPath(const std::string &path) override;
-  bool createDirectoryWithIntermediates(const FileURL &url) override;
+  Outcome createDirectoryWithIntermediates(const FileURL &url) override;
 
   std::map<std::string, FileURL> containers;  // by group identifier
   std::set<std::string> existingPaths;
@@ -38,7 +38,7 @@ class FakePropertyListFiles final : public PropertyListFiles {
   explicit FakePropertyListFiles(Journal &journal) : journal_(journal) {}
 
   Result<Dictionary> dictionaryWithContentsOfURL(const FileURL &url) override;
-  bool writeDictionary(const Dictionary &dictionary, const FileURL &url) override;
+  Outcome writeDictionary(const Dictionary &dictionary, const FileURL &url) override;
 
   std::map<std::string, Dictionary> files;     // by path
   std::map<std::string, std::string> reasons;  // why the file at that path cannot be read

@@ -46,7 +46,7 @@ TEST(GroupContainer, LiesBelowHomeUnlessTheVariableIsAnAbsolutePath) {
 TEST(GroupContainer, NeedsNoHomeWhereTheVariableIsSet) {
   const EnvironmentVariable home("HOME", std::nullopt);
   const EnvironmentVariable data("XDG_DATA_HOME", "/data/of/someone/");
-  EXPECT_EQ(container()->path(), std::string("/data/of/someone//group-containers/") + group);
+  EXPECT_EQ(container()->path(), std::string("/data/of/someone/group-containers/") + group);
 }
 
 TEST(GroupContainer, IsAbsentWhereNeitherVariableIsAnAbsolutePath) {

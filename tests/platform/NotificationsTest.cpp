@@ -96,6 +96,25 @@ TEST_F(Notifications, AnySenderAndAnyPathCount) {
   ASSERT_TRUE(turnMainLoopUntil([&] { return count == 3; }));
 }
 
+TEST_F(Notifications, AStormIsFewCallsAndTheLastPostingIsCovered) {
+  int calls = 0;
+  DBusNotificationCenter center(connection.get(), queues.mainQueue());
+  center.addObserver(name, [&calls] { ++calls; });
+  for (int i = 0; i < 1'000; ++i) {
+    ASSERT_TRUE(emit(other.get(), "/x", "com.example.halvernTest", "somethingHappened"));
+  }
+  // What the bus has sent to this connection before its answer is here when the answer is.
+  const platform::VariantHandle reply(g_dbus_connection_call_sync(
+      connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+  ASSERT_NE(reply, nullptr);
+  EXPECT_TRUE(turnMainLoopUntil([&calls] { return calls > 0; }));
+  EXPECT_EQ(calls, 1) << "the main loop did not turn meanwhile";
+
+  center.postNotification(name);
+  EXPECT_TRUE(turnMainLoopUntil([&calls] { return calls == 2; }));
+}
+
 TEST_F(Notifications, OnesPostedByTheSameProcessCount) {
   DBusNotificationCenter center(connection.get(), queues.mainQueue());
   int count = 0;

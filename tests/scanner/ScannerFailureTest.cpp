@@ -126,6 +126,19 @@ TEST_F(ScannerFailure, AConfigurationThatCannotBeReadCostsNoScan) {
   EXPECT_FALSE(fs::exists(directory / "missing"));
 }
 
+TEST_F(ScannerFailure, AConfigurationDirectoryMayBeWrittenInAnyForm) {
+  writeFile(directory / "configuration/config", "[miscellany]\nglobal-ignores = *.odd\n");
+  writeFile(wc / "file.odd", "ignored by that configuration alone");
+  const std::string base = directory.path();
+  for (const std::string &form :
+       {base + "/configuration", base + "/configuration/", base + "//configuration",
+        base + "/./configuration/.", base + "/configuration/../configuration"}) {
+    const Scan result = scan(wc.path(), form);
+    EXPECT_EQ(result.error, 0) << form;
+    EXPECT_FALSE(result.nodes.contains(wc / "file.odd")) << form;
+  }
+}
+
 TEST_F(ScannerFailure, AnErrorOfTheEntryBlockStopsTheWalkAndIsReturned) {
   int calls = 0;
   svn_error_t *error = scanWith([&](auto...) {

@@ -124,7 +124,7 @@ TEST_F(CompanionList, SaysWhyAPathCannotBeAdded) {
   fs::create_directory(session_ / "plain");
   expectFailed(session_.halvern({"add", "missing"}),
                "halvern: missing: No such file or directory\n");
-  expectFailed(session_.halvern({"add", ""}), "halvern: : No such file or directory\n");
+  expectFailed(session_.halvern({"add", ""}), "halvern: \"\": an empty path names nothing\n");
   expectFailed(session_.halvern({"add", "plain"}),
                "halvern: plain: not a Subversion working copy\n");
   fs::create_directory(session_ / "\xff");

@@ -139,6 +139,18 @@ TEST_F(CompanionRecover, LeavesARequestThatItCannotReadWhereItIs) {
   EXPECT_EQ(manifest().at("generation"), 5);
 }
 
+TEST_F(CompanionRecover, PutsAsideALeftOverRequestThatItCannotReadAndAnswersTheNextOne) {
+  writeFile(session_.sharedPath("RecoveryRequest.taken.plist"), "not a request");
+  request({{"ONE", 4}});
+  const CommandResult result = session_.halvern({"recover"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("cannot be read and was put aside"));
+  EXPECT_EQ(result.output, "recovered " + session_ / "one" + "\n");
+  EXPECT_EQ(readFileForTest(session_.sharedPath("RecoveryRequest.taken.plist.unreadable")),
+            "not a request");
+  EXPECT_EQ(session_.halvern({"recover"}).status, 0);
+}
+
 TEST_F(CompanionRecover, LeavesTheRequestWhereTheListCannotBeRead) {
   writeFile(session_.sharedPath("Manifest.plist"), "not a list");
   request({{"ONE", 5}});

@@ -48,6 +48,13 @@ class FinderSyncProcess : public ::testing::Test {
     return runCommand(command, options);
   }
 
+  // The first set of directories is a change too. It may come after the first answers.
+  static void forgetTheChangeOfTheStart(BusClient &client) {
+    client.catchUp();
+    EXPECT_TRUE(turnMainLoopUntil([&client] { return !client.directoryURLChanges.empty(); }));
+    client.directoryURLChanges.clear();
+  }
+
   ExtensionSession session;
   WorkingCopy wc{session.directory()};
 };
@@ -212,8 +219,7 @@ TEST_F(FinderSyncProcess, ANewListOfWorkingCopiesChangesTheDirectoriesAndSaysSoO
   const WorkingCopy second(session.directory(), "second");
   BusClient client(session.bus());
   EXPECT_THAT(client.directoryURLs(), ElementsAre(urlOf(wc.path()) + "/"));
-  client.catchUp();
-  client.directoryURLChanges.clear();  // that of the start
+  forgetTheChangeOfTheStart(client);
   ASSERT_EQ(session.halvern({"add", second.path()}).status, 0);
   EXPECT_THAT(client.directoryURLs(),
               ElementsAre(urlOf(second.path()) + "/", urlOf(wc.path()) + "/"))
@@ -226,8 +232,7 @@ TEST_F(FinderSyncProcess, ANewListOfWorkingCopiesChangesTheDirectoriesAndSaysSoO
 
 TEST_F(FinderSyncProcess, ANewListWithTheSameWorkingCopiesChangesNothing) {
   BusClient client(session.bus());
-  client.catchUp();
-  client.directoryURLChanges.clear();
+  forgetTheChangeOfTheStart(client);
   Dictionary manifest = session.sharedDictionary("Manifest.plist");
   manifest.insert_or_assign("generation", 1000);
   session.writeSharedDictionary("Manifest.plist", manifest);
@@ -293,6 +298,19 @@ TEST_F(FinderSyncProcess, ATerminationSignalEndsItCleanly) {
     process.sendSignal(signal);
     EXPECT_EQ(process.waitForEnd().status, 0);
   }
+}
+
+TEST_F(FinderSyncProcess, StandardStreamsThatTheCallerClosedAreNotTakenForTheBus) {
+  const StartedCommand process(
+      {"sh", "-c", "exec \"$0\" <&- >&- 2>&-", ExtensionSession::extensionProgram()},
+      session.environment());
+  BusClient client(session.bus());
+  ASSERT_TRUE(turnMainLoopUntil([&] { return client.ownsName(process.processIdentifier()); }));
+  // Makes it write to its log, that is to standard error.
+  writeFile(session.sharedPath("Manifest.plist"), "not a manifest");
+  client.announceManifest();
+  EXPECT_THAT(client.directoryURLs(), IsEmpty());
+  EXPECT_THAT(client.directoryURLs(), IsEmpty()) << "it is still there";
 }
 
 TEST_F(FinderSyncProcess, WithoutABusItSaysSoAndFails) {

@@ -14,6 +14,11 @@ TEST(PathText, WhatIsDisplayedEscapesOtherControlBytesAsThreeOctalDigits) {
             "\\0017\\t\\033[31m\\177");
 }
 
+TEST(PathText, WhatIsDisplayedEscapesControlCharactersOfTwoBytesToo) {
+  EXPECT_EQ(displayedPath("a\u009b31m \u0080\u009f\u00a0"),
+            "a\\302\\23331m \\302\\200\\302\\237\u00a0");
+}
+
 TEST(PathText, SpacesAndAllBytesAboveASCIIPassThrough) {
   EXPECT_EQ(fieldOfPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
   EXPECT_EQ(displayedPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");

@@ -76,7 +76,7 @@ void RegistryFixture::registerRoots(const std::vector<std::string> &paths) {
   Array entries;
   for (const std::string &path : paths) {
     fakes.bookmarks.paths["app " + path] = path;
-    entries.emplace_back(entry("id " + std::to_string(entries.size()), "app " + path));
+    entries.emplace_back(entry(std::to_string(std::hash<std::string>()(path)), "app " + path));
   }
   publish(1, std::move(entries));
   registry.reloadManifest();

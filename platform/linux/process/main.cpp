@@ -8,6 +8,7 @@
 
 #include "extension/KTRFinderSync.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/StandardStreams.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
 
@@ -83,6 +84,7 @@ int run() {
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
+  platform::prepareStandardStreams();
   if (argumentCount > 1) {
     const std::string argument = arguments[1];
     if (argumentCount == 2 && argument == "--help") {
