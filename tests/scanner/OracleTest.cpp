@@ -1,13 +1,11 @@
-// The badges that the scanner and the badge map make of a working copy, compared with those that
-// the rules make of what the Subversion command says.
+// The badges that the registry gives to the items of a working copy, compared with those that the
+// rules make of what the Subversion command says.
 #include <cstdlib>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <svn_error.h>
-
-#include "platform/Text.h"
-#include "registry/BadgeMap.h"
-#include "scanner/KTRWorkingCopyStatusScanner.h"
+#include "platform/testing/FakePlatform.h"
+#include "registry/KTRFinderSyncWorkingCopies.h"
 #include "tests/scanner/RandomWorkingCopy.h"
 #include "tests/scanner/StatusOracle.h"
 
@@ -29,53 +27,66 @@ unsigned firstSeed() {
              : static_cast<unsigned>(std::strtoul(seedInEnvironment(), nullptr, 10));
 }
 
-struct ScannedBadges {
-  BadgeMap badges;
-  std::set<std::string> paths;  // all that may be in the map
-  int error = 0;
+// The registry, asked for every item of a working copy; only its platform is made up.
+class AskedRegistry {
+ public:
+  // The Subversion configuration is the one in `directory`.
+  AskedRegistry(const TemporaryDirectory &directory, const std::string &root)
+      : registry_(fakes_.services) {
+    const std::string shared = directory / "FinderSync";
+    std::filesystem::create_directories(shared);
+    std::error_code alreadyThere;
+    std::filesystem::create_symlink(directory / "configuration", shared + "/SubversionConfig",
+                                    alreadyThere);
+    fakes_.fileManager.containers.emplace(
+        "7KQ2M9XR4T.com.morvane.shared",
+        platform::FileURL::fromPath(directory.path().string(), true));
+    fakes_.fileManager.existingPaths.insert(shared + "/SubversionConfig/config");
+    fakes_.bookmarks.paths["wc"] = root;
+    fakes_.propertyListFiles.files[shared + "/Manifest.plist"] = {
+        {"entries", platform::Array{platform::Dictionary{
+                        {"wcID", "A"}, {"bookmark", platform::testing::bookmarkNamed("wc")}}}}};
+    registry_.reloadManifest();
+  }
+
+  std::map<std::string, std::string> badgesOf(const std::set<std::string> &paths) {
+    std::map<std::string, std::string> badges;
+    for (const std::string &path : paths) {
+      registry_.badgeIdentifierForURL(platform::FileURL::fromPath(path),
+                                      [&badges, &path](std::optional<BadgeIdentifier> badge) {
+                                        badges[path] = badge.value_or("-");
+                                      });
+    }
+    fakes_.queues.runUntilIdle();
+    return badges;
+  }
+
+  // What it wrote to its log, such as that a scan failed.
+  const std::vector<std::string> &logLines() const { return fakes_.systemLogs.lines; }
+
+ private:
+  platform::testing::FakePlatform fakes_;
+  KTRFinderSyncWorkingCopies registry_;
 };
 
-// As the registry does it.
-ScannedBadges scannedBadges(const std::string &root, const std::string &configDir) {
-  KTREnsureSVNCoreInitialization();
-  ScannedBadges result;
-  svn_error_t *error = KTRWorkingCopyStatusScanner::scanLocalTarget(
-      root, configDir, KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity),
-      [&result](const char *path, const svn_client_status_t *status,
-                const svn_wc_status2_t *) -> svn_error_t * {
-        const std::optional<BadgeIdentifier> badge = badgeForStatus(*status);
-        if (badge && platform::isValidUTF8(path)) {
-          result.badges.setBadge(path, *badge);
-        }
-        result.paths.insert(path);
-        return SVN_NO_ERROR;
-      });
-  if (error != nullptr) {
-    result.error = error->apr_err;
-    svn_error_clear(error);
+std::set<std::string> pathsOnDisk(const std::string &root) {
+  std::set<std::string> paths = {root};
+  for (const auto &entry : std::filesystem::recursive_directory_iterator(root)) {
+    paths.insert(entry.path());
   }
-  result.badges.propagateToFolders(root);
-  return result;
+  return paths;
 }
 
 // Empty if all agree.
-std::string differences(const ScannedBadges &scanned, const OracleBadges &oracle) {
-  std::set<std::string> paths = scanned.paths;
-  for (const auto &[path, badge] : oracle.badges) {
-    paths.insert(path);
-  }
+std::string differences(const std::map<std::string, std::string> &badges,
+                        const OracleBadges &oracle) {
   std::string text;
-  for (const std::string &path : paths) {
-    const std::string badge(scanned.badges.badgeForPath(path).value_or("-"));
+  for (const auto &[path, badge] : badges) {
     const auto found = oracle.badges.find(path);
     const std::string expected = found == oracle.badges.end() ? "-" : found->second;
     if (badge != expected) {
       text += badge + " instead of " + expected + ": " + path + "\n";
     }
-  }
-  if (scanned.badges.size() != oracle.badges.size()) {
-    text += std::to_string(scanned.badges.size()) + " badges instead of " +
-            std::to_string(oracle.badges.size()) + "\n";
   }
   return text;
 }
@@ -85,9 +96,14 @@ class Oracle : public testing::TestWithParam<unsigned> {
   void compare(const TemporaryDirectory &directory, const RandomWorkingCopy &workingCopy) {
     const OracleBadges oracle =
         badgesByStatusCommand(workingCopy.path(), workingCopy.status({"--xml"}));
-    const ScannedBadges scanned = scannedBadges(workingCopy.path(), directory / "configuration");
-    EXPECT_EQ(scanned.error, 0);
-    EXPECT_EQ(differences(scanned, oracle), "") << "svn status:\n" << workingCopy.status();
+    std::set<std::string> paths = pathsOnDisk(workingCopy.path());
+    for (const auto &[path, badge] : oracle.badges) {
+      paths.insert(path);
+    }
+    AskedRegistry registry(directory, workingCopy.path());
+    EXPECT_EQ(differences(registry.badgesOf(paths), oracle), "") << "svn status:\n"
+                                                                 << workingCopy.status();
+    EXPECT_THAT(registry.logLines(), testing::IsEmpty());
     kinds_.insert(oracle.kinds.begin(), oracle.kinds.end());
   }
 
