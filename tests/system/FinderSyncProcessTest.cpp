@@ -180,7 +180,7 @@ TEST_F(FinderSyncProcess, ABurstIsAnsweredInFewMessagesAlsoWithManyWorkingCopies
   ASSERT_EQ(client.directoryURLs().size(), entries.size());
   ASSERT_EQ(client.requestBadges(std::vector<std::string>(count, urlOf(wc / "new.txt"))), "");
   ASSERT_TRUE(client.waitForBadges(count));
-  EXPECT_LE(client.messageCount, count / 50);
+  EXPECT_LE(client.messageCount, count / 10);
 }
 
 TEST_F(FinderSyncProcess, AnEmptyRequestIsAccepted) {

@@ -184,9 +184,9 @@ void FinderSyncService::setBadgeIdentifier(std::string_view badgeIdentifier,
 
 void FinderSyncService::sendSoon() {
   // While more answers are on their way, those that are there wait for them a little: the look-ups
-  // of a burst may be slower than this loop, and each would be sent by itself. Far below what an
-  // eye sees, far above what a look-up takes.
-  constexpr guint gatheringTime = 4;  // milliseconds
+  // of a burst may be slower than this loop, and each would be sent by itself. One frame of a
+  // screen, and far longer than a look-up takes.
+  constexpr guint gatheringTime = 16;  // milliseconds
 
   const bool isAwaited = answers_.isAwaited();
   if (sendSource_ != 0 && (isAwaited || !isGathering_)) {
