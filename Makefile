@@ -4,16 +4,21 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 
 RELEASE := build/release
-BUILD = cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configure.log; exit 1; }; \
-	cmake --build --preset $(1) -- -j$(JOBS)
 
-.PHONY: help deps release run test check-long bench install format lint clean
+# $(call build,PRESET,TARGETS): configures and builds; no targets means all.
+define build
+mkdir -p build
+cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configure.log; exit 1; }
+cmake --build --preset $(1) $(if $(2),--target $(2)) -- -j$(JOBS)
+endef
+
+.PHONY: help deps run test check-long bench install format lint clean
 
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
 	@echo "make test             build and run all tests, also under the sanitizers"
-	@echo "make check-long       what takes longer than a coffee: more oracle runs, all sanitizers"
+	@echo "make check-long       the same and more: slow linter checks, many more random working copies"
 	@echo "make bench            compare with 'svn status', as a table"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make deps             install the Debian packages that are missing"
@@ -23,26 +28,21 @@ help:
 deps:
 	@tools/install-dependencies
 
-release: deps
-	@mkdir -p build
-	@$(call BUILD,release)
-
-run: release
+run: deps
+	@$(call build,release,halvern halvern-finder-sync)
 	@tools/run "$(RELEASE)" $(if $(WC),"$(WC)")
 
 test: deps
-	@mkdir -p build
 	@JOBS=$(JOBS) tools/test
 
 check-long: deps
-	@mkdir -p build
 	@JOBS=$(JOBS) tools/check-long
 
-bench: release
+bench: deps
+	@$(call build,release,extension_bench)
 	@tools/bench "$(RELEASE)"
 
 install: deps
-	@mkdir -p build
 	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF
 	cmake --build build/install -- -j$(JOBS)
 	DESTDIR="$(DESTDIR)" cmake --install build/install
@@ -51,8 +51,7 @@ format:
 	clang-format-14 -i $$(tools/sources)
 
 lint: deps
-	@mkdir -p build
-	@$(call BUILD,debug)
+	@$(call build,debug)
 	@JOBS=$(JOBS) tools/lint
 
 clean:
