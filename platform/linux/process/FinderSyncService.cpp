@@ -47,42 +47,28 @@ FinderSyncService::~FinderSyncService() {
   }
 }
 
-void FinderSyncService::connectHandlers() {
-  using Self = FinderSyncService;
+// What the skeleton calls for each method call. An answer is always given.
+struct FinderSyncService::Handlers {
+  using Skeleton = HalvernFinderSync1;
+  using Invocation = GDBusMethodInvocation;
+  using Texts = const char *const *;
 
-  // One signature for the two calls that carry a directory's URL.
-  using DirectoryHandler =
-      gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *, Self *);
-  const DirectoryHandler beginObserving = [](HalvernFinderSync1 *skeleton,
-                                             GDBusMethodInvocation *invocation, const char *text,
-                                             Self *self) {
+  // The two calls that carry a directory's URL.
+  template <auto request, auto complete>
+  static gboolean directory(Skeleton *skeleton, Invocation *invocation, const char *text,
+                            FinderSyncService *self) {
     ErrorHandle error = checkCallSize(invocation);
     const auto url = error ? std::nullopt : urlFromArgument(text, error);
     if (!url) {
       return answerError(invocation, error);
     }
-    self->principalObject_->beginObservingDirectoryAtURL(*url);
-    halvern_finder_sync1_complete_begin_observing_directory(skeleton, invocation);
+    (self->principalObject_->*request)(*url);
+    complete(skeleton, invocation);
     return handled;
-  };
-  const DirectoryHandler endObserving = [](HalvernFinderSync1 *skeleton,
-                                           GDBusMethodInvocation *invocation, const char *text,
-                                           Self *self) {
-    ErrorHandle error = checkCallSize(invocation);
-    const auto url = error ? std::nullopt : urlFromArgument(text, error);
-    if (!url) {
-      return answerError(invocation, error);
-    }
-    self->principalObject_->endObservingDirectoryAtURL(*url);
-    halvern_finder_sync1_complete_end_observing_directory(skeleton, invocation);
-    return handled;
-  };
+  }
 
-  using RequestHandler =
-      gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *const *, Self *);
-  const RequestHandler requestBadgeIdentifiers = [](HalvernFinderSync1 *skeleton,
-                                                    GDBusMethodInvocation *invocation,
-                                                    const char *const *texts, Self *self) {
+  static gboolean requestBadgeIdentifiers(Skeleton *skeleton, Invocation *invocation, Texts texts,
+                                          FinderSyncService *self) {
     ErrorHandle error = checkCallSize(invocation);
     const auto urls = error ? std::nullopt : urlsFromArgument(texts, error);
     if (!urls) {
@@ -91,45 +77,47 @@ void FinderSyncService::connectHandlers() {
     self->requestBadges(g_dbus_method_invocation_get_sender(invocation), *urls);
     halvern_finder_sync1_complete_request_badge_identifiers(skeleton, invocation);
     return handled;
-  };
+  }
 
   // No menu is offered, so there is no action to perform either.
-  using MenuHandler = gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, guint,
-                                   const char *const *, const char *, Self *);
-  const MenuHandler menuForMenuKind =
-      [](HalvernFinderSync1 *skeleton, GDBusMethodInvocation *invocation, guint /*kind*/,
-         const char *const *selected, const char *targeted, Self * /*self*/) {
-        ErrorHandle error = checkSelection(invocation, selected, targeted);
-        if (error) {
-          return answerError(invocation, error);
-        }
-        halvern_finder_sync1_complete_menu_for_menu_kind(
-            skeleton, invocation, g_variant_new_array(G_VARIANT_TYPE("(sa(sss))"), nullptr, 0));
-        return handled;
-      };
-  using ActionHandler = gboolean (*)(HalvernFinderSync1 *, GDBusMethodInvocation *, const char *,
-                                     const char *const *, const char *, GVariant *, Self *);
-  const ActionHandler performMenuAction = [](HalvernFinderSync1 * /*skeleton*/,
-                                             GDBusMethodInvocation *invocation, const char *action,
-                                             const char *const *selected, const char *targeted,
-                                             GVariant * /*platformData*/, Self * /*self*/) {
+  static gboolean menuForMenuKind(Skeleton *skeleton, Invocation *invocation, guint /*kind*/,
+                                  Texts selected, const char *targeted,
+                                  FinderSyncService * /*self*/) {
+    const ErrorHandle error = checkSelection(invocation, selected, targeted);
+    if (error) {
+      return answerError(invocation, error);
+    }
+    halvern_finder_sync1_complete_menu_for_menu_kind(
+        skeleton, invocation, g_variant_new_array(G_VARIANT_TYPE("(sa(sss))"), nullptr, 0));
+    return handled;
+  }
+
+  static gboolean performMenuAction(Skeleton * /*skeleton*/, Invocation *invocation,
+                                    const char *action, Texts selected, const char *targeted,
+                                    GVariant * /*platformData*/, FinderSyncService * /*self*/) {
     ErrorHandle error = checkSelection(invocation, selected, targeted);
     if (!error) {
       error.reset(g_error_new(G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
                               "There is no menu action “%s”", action));
     }
     return answerError(invocation, error);
-  };
+  }
+};
 
-  g_signal_connect(skeleton_.get(), "handle-begin-observing-directory", G_CALLBACK(beginObserving),
-                   this);
-  g_signal_connect(skeleton_.get(), "handle-end-observing-directory", G_CALLBACK(endObserving),
-                   this);
-  g_signal_connect(skeleton_.get(), "handle-request-badge-identifiers",
-                   G_CALLBACK(requestBadgeIdentifiers), this);
-  g_signal_connect(skeleton_.get(), "handle-menu-for-menu-kind", G_CALLBACK(menuForMenuKind), this);
-  g_signal_connect(skeleton_.get(), "handle-perform-menu-action", G_CALLBACK(performMenuAction),
-                   this);
+void FinderSyncService::connectHandlers() {
+  using platform::FIFinderSync;
+  const auto connect = [this](const char *signal, auto *handler) {
+    g_signal_connect(skeleton_.get(), signal, G_CALLBACK(handler), this);
+  };
+  connect("handle-begin-observing-directory",
+          &Handlers::directory<&FIFinderSync::beginObservingDirectoryAtURL,
+                               halvern_finder_sync1_complete_begin_observing_directory>);
+  connect("handle-end-observing-directory",
+          &Handlers::directory<&FIFinderSync::endObservingDirectoryAtURL,
+                               halvern_finder_sync1_complete_end_observing_directory>);
+  connect("handle-request-badge-identifiers", &Handlers::requestBadgeIdentifiers);
+  connect("handle-menu-for-menu-kind", &Handlers::menuForMenuKind);
+  connect("handle-perform-menu-action", &Handlers::performMenuAction);
 }
 
 bool FinderSyncService::exportObject(GDBusConnection *connection, std::string &reason) {

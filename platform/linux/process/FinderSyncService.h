@@ -35,6 +35,8 @@ class FinderSyncService final : public platform::FIFinderSyncController {
                           const platform::FileURL &itemURL) override;
 
  private:
+  struct Handlers;
+
   void connectHandlers();
   void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
   void sendSoon();
