@@ -26,7 +26,7 @@ double inMilliseconds(Seconds seconds) {
 
 // A clean working copy of that many files.
 WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount) {
-  const WorkingCopy wc(directory, "wc" + std::to_string(fileCount));
+  WorkingCopy wc(directory, "wc" + std::to_string(fileCount));
   const std::string source = directory / ("source" + std::to_string(fileCount));
   for (int i = 0; i < fileCount; ++i) {
     writeFile(source + "/d" + std::to_string(i / filesInDirectory) + "/f" + std::to_string(i),

@@ -30,7 +30,7 @@ class PrivateBus {
 // only a broken test takes.
 template <typename Condition>
 bool turnMainLoopUntil(Condition condition) {
-  constexpr gint64 patience = 30 * G_USEC_PER_SEC;
+  constexpr gint64 patience = gint64{30} * G_USEC_PER_SEC;
   const gint64 end = g_get_monotonic_time() + patience;
   const platform::Handle<GSource, g_source_unref> waker(g_timeout_source_new(20));
   g_source_set_callback(
