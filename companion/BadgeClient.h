@@ -32,7 +32,7 @@ class BadgeClient {
   // names.
   platform::Result<std::vector<std::string>> directoryPaths();
 
-  // Absolute paths without a trailing slash; one that is named twice is asked for once.
+  // Absolute paths without a trailing slash; one that is named twice has one badge.
   platform::Result<BadgesByPath> badgesOfPaths(const std::vector<std::string> &paths);
 
  private:

@@ -13,7 +13,7 @@ class DistributedNotificationCenter {
 
   // Calls `handler` on the main thread after every posting of `name`, from any sender, for the rest
   // of the centre's life; postings that arrive while a call is waiting for its turn are covered by
-  // it. Returns once no later posting can be missed.
+  // it. Blocks until no later posting can be missed; if the system refuses, that is logged.
   virtual void addObserver(const std::string &name, std::function<void()> handler) = 0;
 
   // Delivered immediately, also to receivers that have suspended delivery. Does not wait for them.

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-// From any thread; may look at the file system, and then only at paths below "/private".
+// From any thread. Blocking for paths below "/private", where it looks at the file system.
 class Paths {
  public:
   virtual ~Paths() = default;

@@ -95,7 +95,8 @@ class KTRFinderSyncWorkingCopies {
   void p_addToRecoveryRequest(const GenerationsByIdentifier &workingCopies,
                               const platform::FileURL &directory);
 
-  // The root that is the path or contains it. With nested roots, any of those that do.
+  // The root that is the path or contains it. With nested roots, any of those that do. A root "/"
+  // contains nothing but itself.
   std::optional<std::string> p_rootPathContainingPath(const std::string &path) const;
 
   // Status. The scan blocks the status queue for as long as it takes.

@@ -46,7 +46,8 @@ class KTRWorkingCopyStatusScanner {
   // `configDir` is the Subversion configuration directory; without one the user's own counts. A
   // configuration that cannot be read is replaced by the library's defaults.
   //
-  // Null on success, else an error that the caller clears. What was delivered before stays valid.
+  // Null on success, else an error that the caller clears. What was delivered before stays valid. A
+  // path of another form is an error, as is an exception that leaves the block.
   static svn_error_t *scanLocalTarget(const std::string &targetPath,
                                       const std::optional<std::string> &configDir,
                                       KTRWorkingCopyScanOptions options,

@@ -4,7 +4,8 @@
 
 namespace platform {
 
-// GLib's structured log: the journal when there is one, else standard error. The fields SUBSYSTEM
+// GLib's structured log: the journal where standard error leads to it, else
+// standard error. The fields SUBSYSTEM
 // and CATEGORY name the log; private arguments are masked.
 class GLibSystemLogs final : public SystemLogs {
  public:

@@ -56,8 +56,8 @@ int run() {
   g_signal_connect_swapped(connection.get(), "closed", G_CALLBACK(quitLoop), loop.get());
 
   // The order matters: whoever sees the name owned gets an answer, because the object is there
-  // before the name and nothing is answered before the controller is; and a second process has
-  // touched nothing by the time it learns that the name is taken.
+  // before the name and nothing is answered before the principal object is; and a second process
+  // has touched nothing by the time it learns that the name is taken.
   auto &service = *new FinderSyncService;  // NOLINT: lives as long as the process
   std::string reason;
   if (!service.exportObject(connection.get(), reason)) {
