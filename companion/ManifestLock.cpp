@@ -18,7 +18,8 @@ using platform::Result;
 
 namespace {
 
-// A file lock can be waited for with an end only by asking again and again.
+// The kernel offers no wait for a file lock that ends by itself, and a wait without an end would
+// hang this program behind one that was stopped. So it asks again and again, and sleeps in between.
 constexpr std::chrono::milliseconds pollInterval{20};
 
 Result<ManifestLock> failure(const std::string &path, const std::string &reason) {

@@ -187,7 +187,7 @@ void FinderSyncService::sendSoon() {
     static_cast<FinderSyncService *>(data)->sendMessages();
     return G_SOURCE_REMOVE;
   };
-  // Below everything else on the main loop: it runs when the main queue has run empty.
+  // Both below everything else on the main loop: they run when the main queue has run empty.
   isGathering_ = isAwaited;
   sendSource_ = isAwaited ? g_timeout_add_full(G_PRIORITY_LOW, gatheringTime, send, this, nullptr)
                           : g_idle_add_full(G_PRIORITY_LOW, send, this, nullptr);
