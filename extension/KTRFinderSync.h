@@ -1,12 +1,16 @@
-// The extension's principal object: turns the file manager's requests into requests to the
-// registry, and the registry's answers into what the file manager shows.
+// The extension's principal object, where everything meets: turns the file manager's requests into
+// requests to the registry and the registry's answers into what the file manager shows; hands the
+// working copies' roots to the file manager and to the folder monitor; and has what changed on disk
+// shown anew.
 //
-// Made and used on the main thread; no entry point blocks, except that its making reads the
-// manifest. It keeps no reference to the registry but asks for the shared one each time.
+// Made, used and destroyed on the main thread; no entry point blocks, except that its making reads
+// the manifest. It keeps no reference to the registry but asks for the shared one each time.
 #pragma once
 
 #include <functional>
+#include <memory>
 
+#include "monitor/KTRFinderSyncFolderMonitor.h"
 #include "platform/FinderSync.h"
 #include "platform/Services.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
@@ -15,8 +19,8 @@ class KTRFinderSync final : public platform::FIFinderSync {
  public:
   using SharedWorkingCopies = std::function<KTRFinderSyncWorkingCopies &()>;
 
-  // Loads the manifest and publishes the working copies' roots as the directories that the
-  // extension serves.
+  // Loads the manifest, publishes the working copies' roots as the directories that the extension
+  // serves, and has them watched.
   explicit KTRFinderSync(
       platform::Services &services,
       SharedWorkingCopies sharedWorkingCopies = KTRFinderSyncWorkingCopies::sharedWorkingCopies);
@@ -32,6 +36,16 @@ class KTRFinderSync final : public platform::FIFinderSync {
   void requestBadgeIdentifierForURL(const platform::FileURL &itemURL) override;
 
  private:
+  friend struct FinderSyncPeer;  // the unit tests' view of the private operations
+
+  // Has the changed items and the folders above them shown anew, from a fresh scan.
+  void p_workingCopyDidChangeAtRootURL(const platform::FileURL &rootURL,
+                                       const platform::FileURLSet &changedURLs);
+
   platform::Services &i_services;
   const SharedWorkingCopies i_sharedWorkingCopies;
+  // Owns nothing; what must not keep this object alive holds it weakly.
+  const std::shared_ptr<KTRFinderSync> i_self{this, [](KTRFinderSync *) {}};
+  // The registry's callback keeps it too, so it may outlive this object.
+  std::shared_ptr<KTRFinderSyncFolderMonitor> i_folderMonitor;
 };

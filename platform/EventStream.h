@@ -24,11 +24,17 @@ constexpr EventStreamFlags operator|(EventStreamFlags a, EventStreamFlags b) {
                                        static_cast<std::uint32_t>(b));
 }
 
+constexpr EventStreamFlags operator&(EventStreamFlags a, EventStreamFlags b) {
+  return static_cast<EventStreamFlags>(static_cast<std::uint32_t>(a) &
+                                       static_cast<std::uint32_t>(b));
+}
+
 // Only events from now on, no history.
 constexpr std::uint64_t eventIdSinceNow = ~std::uint64_t{0};
 
-// One stream. `stop`, then `invalidate`, then destruction, each on the stream's queue or, where
-// nothing else uses the stream any more, on the thread that destroys its owner.
+// One stream. It is given its queue before it is started. `stop`, then `invalidate`, then
+// destruction, each on the stream's queue or, where nothing else uses the stream any more, on the
+// thread that destroys its owner.
 class EventStream {
  public:
   virtual ~EventStream() = default;
@@ -39,13 +45,14 @@ class EventStream {
   virtual bool start() = 0;
   virtual void stop() = 0;
 
-  // No callback runs after it.
+  // No callback begins after it.
   virtual void invalidate() = 0;
 };
 
 class EventStreams {
  public:
-  // Gets the full paths of what changed, on the stream's queue.
+  // Gets the full paths of what changed, on the stream's queue. A folder's path, other than that of
+  // one of the trees, may end in "/".
   using Callback = std::function<void(const std::vector<std::string> &paths)>;
 
   virtual ~EventStreams() = default;

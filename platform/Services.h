@@ -4,6 +4,7 @@
 
 #include "platform/Bookmarks.h"
 #include "platform/DistributedNotifications.h"
+#include "platform/EventStream.h"
 #include "platform/FileManager.h"
 #include "platform/FinderSync.h"
 #include "platform/Paths.h"
@@ -26,6 +27,7 @@ struct Services {
   DistributedNotificationCenter &notificationCenter;
   PosixAccess &posixAccess;
   SystemLogs &systemLogs;
+  EventStreams &eventStreams;
   FIFinderSyncController &finderSyncController;
 };
 

@@ -11,11 +11,19 @@ namespace platform {
 
 std::optional<FileURL> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(
     const std::string &groupIdentifier) {
-  const std::optional<std::string> data = userDataDirectory();
-  if (!data) {
+  const std::optional<std::string> containers = groupContainersPath();
+  if (!containers) {
     return std::nullopt;
   }
-  return FileURL::fromPath(*data + "/group-containers/" + groupIdentifier, /*isDirectory=*/true);
+  return FileURL::fromPath(*containers + "/" + groupIdentifier, /*isDirectory=*/true);
+}
+
+std::optional<std::string> LinuxFileManager::groupContainersPath() {
+  std::optional<std::string> path = userDataDirectory();
+  if (path) {
+    *path += "/group-containers";
+  }
+  return path;
 }
 
 bool LinuxFileManager::fileExistsAtPath(const std::string &path) {

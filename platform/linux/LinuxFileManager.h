@@ -12,6 +12,9 @@ class LinuxFileManager final : public FileManager {
       const std::string &groupIdentifier) override;
   bool fileExistsAtPath(const std::string &path) override;
   Outcome createDirectoryWithIntermediates(const FileURL &url) override;
+
+  // The folder of all group containers; none without a home.
+  static std::optional<std::string> groupContainersPath();
 };
 
 }  // namespace platform

@@ -13,9 +13,10 @@ class LinuxUserDefaults final : public UserDefaults {
   std::optional<PropertyList> objectForKey(std::string_view key) override;
   void setObject(PropertyList value, std::string_view key) override;
 
- private:
+  // Where the property list is; none without a home.
   std::optional<std::string> directoryPath() const;
 
+ private:
   const std::string domain_;
 };
 

@@ -2,12 +2,13 @@
 
 #include <future>
 #include <map>
+#include <vector>
 
 namespace platform {
 
 namespace {
 
-// A source that runs one block when its ready time has come.
+// A source that runs one block.
 struct BlockSource {
   GSource base;
   Queue::Block *block;
@@ -69,49 +70,86 @@ class SerialQueue final : public MainContextQueue {
 
 }  // namespace
 
-// The blocks whose time has not come. A main context runs sources that it finds due together in the
-// order of their making, so each timer runs the block that is due first, whosesoever it was.
+// The blocks whose time has not come, behind one timer: a main context looks at every source that
+// it has each time it turns, and a storm of file-system events leaves thousands of blocks.
 class MainContextQueue::DelayedBlocks {
  public:
+  DelayedBlocks(GMainContext *context, int priority)
+      : timer_(g_source_new(&timerFunctions, sizeof(Timer)), g_source_unref) {
+    reinterpret_cast<Timer *>(timer_.get())->blocks = this;
+    g_source_set_priority(timer_.get(), priority);
+    g_source_attach(timer_.get(), context);
+  }
+  DelayedBlocks(const DelayedBlocks &) = delete;
+  DelayedBlocks &operator=(const DelayedBlocks &) = delete;
+  ~DelayedBlocks() { g_source_destroy(timer_.get()); }
+
+  // `readyTime` in microseconds of the monotonic clock.
   void add(gint64 readyTime, Block block) {
     const LockGuard guard(lock_);
     blocks_.emplace(readyTime, std::move(block));
-  }
-
-  Block takeFirst() {
-    const LockGuard guard(lock_);
-    return std::move(blocks_.extract(blocks_.begin()).mapped());
+    setTimer();
   }
 
  private:
+  struct Timer {
+    GSource base;
+    DelayedBlocks *blocks;
+  };
+
+  static gboolean dispatchTimer(GSource *timer, GSourceFunc /*callback*/, gpointer /*data*/) {
+    reinterpret_cast<Timer *>(timer)->blocks->runDue();
+    return G_SOURCE_CONTINUE;
+  }
+
+  static inline GSourceFuncs timerFunctions = {nullptr, nullptr, dispatchTimer,
+                                               nullptr, nullptr, nullptr};
+
+  // The blocks are taken out first: one of them may be the queue's end, and of this object.
+  void runDue() {
+    std::vector<Block> due;
+    {
+      const LockGuard guard(lock_);
+      const auto end = blocks_.upper_bound(g_source_get_time(timer_.get()));
+      for (auto block = blocks_.begin(); block != end; block = blocks_.erase(block)) {
+        due.push_back(std::move(block->second));
+      }
+      setTimer();
+    }
+    for (const Block &block : due) {
+      block();
+    }
+  }
+
+  void setTimer() KTR_REQUIRES(lock_) {
+    g_source_set_ready_time(timer_.get(), blocks_.empty() ? -1 : blocks_.begin()->first);
+  }
+
+  const std::unique_ptr<GSource, decltype(&g_source_unref)> timer_;
   Lock lock_;
   std::multimap<gint64, Block> blocks_ KTR_GUARDED_BY(lock_);
 };
 
 MainContextQueue::MainContextQueue(GMainContext *context, int priority, std::thread::id thread)
-    : delayed_(std::make_shared<DelayedBlocks>()),
+    : delayed_(std::make_unique<DelayedBlocks>(context, priority)),
       context_(context),
       priority_(priority),
       thread_(thread) {}
 
+MainContextQueue::~MainContextQueue() = default;
+
 void MainContextQueue::async(Block block) {
-  attach(0, std::move(block));
-}
-
-void MainContextQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {
-  const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
-  const gint64 readyTime = g_get_monotonic_time() + microseconds;
-  delayed_->add(readyTime, std::move(block));
-  attach(readyTime, [delayed = delayed_] { delayed->takeFirst()(); });
-}
-
-void MainContextQueue::attach(gint64 readyTime, Block block) {
   const Handle<GSource, g_source_unref> source(
       g_source_new(&blockSourceFunctions, sizeof(BlockSource)));
   reinterpret_cast<BlockSource *>(source.get())->block = new Block(std::move(block));  // NOLINT
   g_source_set_priority(source.get(), priority_);
-  g_source_set_ready_time(source.get(), readyTime);
+  g_source_set_ready_time(source.get(), 0);
   g_source_attach(source.get(), context_);
+}
+
+void MainContextQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {
+  const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
+  delayed_->add(g_get_monotonic_time() + microseconds, std::move(block));
 }
 
 // Above the messages from the bus, whose dispatch has the default priority: what the process has

@@ -14,6 +14,9 @@ class MainContextQueue : public Queue {
  public:
   // `context` null means the default context. `thread` is the one that iterates it.
   MainContextQueue(GMainContext *context, int priority, std::thread::id thread);
+  ~MainContextQueue() override;
+  MainContextQueue(const MainContextQueue &) = delete;
+  MainContextQueue &operator=(const MainContextQueue &) = delete;
 
   void async(Block block) override;
   void asyncAfter(std::chrono::nanoseconds delay, Block block) override;
@@ -23,12 +26,9 @@ class MainContextQueue : public Queue {
   void setThread(std::thread::id thread) { thread_ = thread; }
 
  private:
-  // `readyTime` in microseconds of the monotonic clock; 0 means at once.
-  void attach(gint64 readyTime, Block block);
-
   class DelayedBlocks;
 
-  const std::shared_ptr<DelayedBlocks> delayed_;
+  const std::unique_ptr<DelayedBlocks> delayed_;
   GMainContext *const context_;
   const int priority_;
   std::thread::id thread_;

@@ -9,6 +9,7 @@
 
 #include "platform/Services.h"
 #include "platform/testing/FakeBookmarks.h"
+#include "platform/testing/FakeEventStreams.h"
 #include "platform/testing/FakeFiles.h"
 #include "platform/testing/HandCrankedQueues.h"
 #include "platform/testing/Journal.h"
@@ -46,6 +47,12 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
 };
 
 struct FakePlatform {
+  FakePlatform() = default;
+  // What has not run may be the last to hold objects that use the other fakes.
+  ~FakePlatform() { queues.forgetPending(); }
+  FakePlatform(const FakePlatform &) = delete;
+  FakePlatform &operator=(const FakePlatform &) = delete;
+
   Journal journal;
   HandCrankedQueues queues;
   FakePaths paths;
@@ -56,6 +63,7 @@ struct FakePlatform {
   RecordingNotificationCenter notificationCenter{journal};
   FakePosixAccess posixAccess{journal};
   RecordingSystemLogs systemLogs;
+  FakeEventStreams eventStreams{journal};
   RecordingFinderSyncController finderSyncController{journal};
 
   Services services{queues,
@@ -68,6 +76,7 @@ struct FakePlatform {
                     notificationCenter,
                     posixAccess,
                     systemLogs,
+                    eventStreams,
                     finderSyncController};
 };
 

@@ -94,6 +94,11 @@ void HandCrankedQueues::advance(std::chrono::nanoseconds duration) {
   elapsed_ = end;
 }
 
+void HandCrankedQueues::forgetPending() {
+  due_.clear();
+  delayed_.clear();
+}
+
 void HandCrankedQueues::moveClock(std::chrono::nanoseconds difference) {
   clockOffset_ += difference;
 }

@@ -41,6 +41,9 @@ class HandCrankedQueues final : public Queues, public Clock {
   // Lets time pass: delayed blocks run at their time, each followed by all that is due then.
   void advance(std::chrono::nanoseconds duration);
 
+  // Forgets all that has not run, as the end of a process does.
+  void forgetPending();
+
   // Sets the clock alone, also backwards; runs nothing.
   void moveClock(std::chrono::nanoseconds difference);
 

@@ -5,6 +5,20 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
+
+// The private operation, with changes that the monitor, which has a rule of its own, never hands
+// over.
+struct FinderSyncPeer {
+  static void workingCopyDidChange(KTRFinderSync &finderSync, const std::string &rootPath,
+                                   const std::vector<std::string> &paths) {
+    FileURLSet changed;
+    for (const std::string &path : paths) {
+      changed.insert(FileURL::fromPath(path));
+    }
+    finderSync.p_workingCopyDidChangeAtRootURL(FileURL::fromPath(rootPath, true), changed);
+  }
+};
 
 namespace {
 
@@ -21,15 +35,35 @@ class FinderSync : public RegistryFixture {
   }
 };
 
-TEST_F(FinderSync, StartUpLoadsTheManifestAndThenPublishesTheRoots) {
+TEST_F(FinderSync, StartUpLoadsTheManifestThenPublishesTheRootsThenWatchesThem) {
   fakes.journal.clear();
-  make();
-  const std::vector<std::string> &calls = fakes.journal.calls();
+  const KTRFinderSync finderSync = make();
+  const std::vector<std::string> calls = fakes.journal.calls();
   ASSERT_THAT(calls, ::testing::Not(IsEmpty()));
   EXPECT_EQ(calls.front(), std::string("read ") + manifestPath);
   EXPECT_EQ(calls.back(), "set directories");
   EXPECT_THAT(fakes.finderSyncController.directoryURLs,
               ElementsAre(FileURLSet{FileURL::fromPath("/wc", true)}));
+  fakes.queues.runUntilIdle("com.morvane.finder-sync.folder-monitor");
+  ASSERT_THAT(fakes.eventStreams.requests, SizeIs(1));
+  EXPECT_THAT(fakes.eventStreams.requests.front().paths, ElementsAre("/wc"));
+}
+
+TEST_F(FinderSync, TheRegistryIsTakenBeforeTheMonitorIsMadeAndItsCallbackIsThereBeforeTheReload) {
+  bool hadCallback = false;
+  fakes.propertyListFiles.whileReading = [&] {
+    hadCallback = registry.rootURLsDidChange() != nullptr;
+  };
+  std::vector<std::string> queuesWhenTaken;
+  const KTRFinderSync finderSync(
+      fakes.services, [&]() -> auto & {
+        queuesWhenTaken = fakes.queues.labels();
+        return registry;
+      });
+  EXPECT_TRUE(hadCallback);
+  EXPECT_THAT(queuesWhenTaken, ElementsAre(statusQueue));
+  EXPECT_THAT(fakes.queues.labels(),
+              ElementsAre(statusQueue, "com.morvane.finder-sync.folder-monitor"));
 }
 
 TEST_F(FinderSync, AFirstReloadThatFindsRootsSetsTheSameDirectoriesOnceMore) {
@@ -90,6 +124,124 @@ TEST_F(FinderSync, EndingToObserveDropsTheStatusesAndRequestsNoBadge) {
   EXPECT_EQ(badge("/wc/a"), "");
   EXPECT_THAT(scanner.targets, SizeIs(2));
   EXPECT_THAT(fakes.finderSyncController.badges, IsEmpty());
+}
+
+// With changes on disk. The root is /wc.
+class ChangedWorkingCopy : public FinderSync {
+ protected:
+  ChangedWorkingCopy() { fakes.queues.runUntilIdle(); }
+
+  // Lets the event source report the paths, and the quiet period pass.
+  void change(const std::vector<std::string> &paths) {
+    fakes.eventStreams.deliver(paths);
+    fakes.queues.advance(std::chrono::seconds(2));
+  }
+
+  std::vector<std::string> urlsSet() const {
+    std::vector<std::string> urls;
+    for (const auto &[url, identifier] : fakes.finderSyncController.badges) {
+      urls.push_back(url);
+    }
+    return urls;
+  }
+
+  std::optional<KTRFinderSync> finderSync{std::in_place,
+                                          fakes.services, [this]() -> auto &{return registry;
+}
+};  // namespace
+}
+;
+
+TEST_F(ChangedWorkingCopy, IsShownAnewTwoSecondsAfterTheLastEvent) {
+  fakes.eventStreams.deliver({"/wc/a"});
+  fakes.queues.advance(std::chrono::milliseconds(1999));
+  EXPECT_THAT(urlsSet(), IsEmpty());
+  fakes.queues.advance(std::chrono::milliseconds(1));
+  EXPECT_THAT(urlsSet(), UnorderedElementsAre("file:///wc/", "file:///wc/a"));
+}
+
+TEST_F(ChangedWorkingCopy, WithNothingListedShowsTheRootAloneFromAFreshScan) {
+  EXPECT_EQ(badge("/wc"), "");
+  scanner.nodes["/wc"] = {{"/wc/a", svn_wc_status_modified}};
+  change({"/wc/.svn/wc.db"});
+  EXPECT_THAT(scanner.targets, SizeIs(2));
+  EXPECT_THAT(fakes.finderSyncController.badges, ElementsAre(Pair("file:///wc/", "modified")));
+}
+
+TEST_F(ChangedWorkingCopy, ShowsTheChangedItemAndEachFolderUpToTheRoot) {
+  scanner.nodes["/wc"] = {{"/wc/a/b/c", svn_wc_status_modified}};
+  change({"/wc/a/b/c"});
+  EXPECT_THAT(fakes.finderSyncController.badges,
+              UnorderedElementsAre(
+                  Pair("file:///wc/", "modified"), Pair("file:///wc/a/", "modified"),
+                  Pair("file:///wc/a/b/", "modified"), Pair("file:///wc/a/b/c", "modified")));
+  EXPECT_THAT(scanner.targets, SizeIs(1)) << "one scan answers them all";
+}
+
+TEST_F(ChangedWorkingCopy, AnEventAtTheRootAddsNothingBeyondTheRoot) {
+  change({"/wc"});
+  EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
+}
+
+TEST_F(ChangedWorkingCopy, AFolderThatTwoItemsShareIsShownOnce) {
+  change({"/wc/d/x", "/wc/d/y", "/wc/d/"});
+  EXPECT_THAT(urlsSet(), UnorderedElementsAre("file:///wc/", "file:///wc/d/", "file:///wc/d/x",
+                                              "file:///wc/d/y"));
+}
+
+TEST_F(ChangedWorkingCopy, ALookUpThatAnswersNothingSetsTheEmptyIdentifierAndNotClean) {
+  change({"/wc/a"});
+  EXPECT_THAT(fakes.finderSyncController.badges,
+              UnorderedElementsAre(Pair("file:///wc/", ""), Pair("file:///wc/a", "")));
+}
+
+TEST_F(ChangedWorkingCopy, WhatChangesAfterTheExtensionsObjectIsGoneIsNotShown) {
+  fakes.eventStreams.deliver({"/wc/a"});
+  fakes.queues.runUntilIdle();
+  finderSync.reset();
+  fakes.queues.advance(std::chrono::seconds(2));
+  EXPECT_THAT(urlsSet(), IsEmpty());
+  EXPECT_THAT(scanner.targets, IsEmpty());
+  EXPECT_TRUE(fakes.eventStreams.isRunning()) << "the registry's callback keeps the monitor";
+}
+
+TEST_F(ChangedWorkingCopy, ANewManifestIsPublishedAndWatchedAlike) {
+  fakes.bookmarks.paths["other"] = "/other";
+  publish(2, {entry("A", "app"), entry("B", "other")});
+  fakes.notificationCenter.deliver("com.morvane.finderSync.manifestUpdated");
+  fakes.queues.runUntilIdle();
+  EXPECT_THAT(fakes.finderSyncController.directoryURLs.back(), SizeIs(2));
+  EXPECT_THAT(fakes.eventStreams.requests.back().paths, ElementsAre("/other", "/wc"));
+}
+
+TEST_F(ChangedWorkingCopy, AFurtherObjectInTheProcessTakesTheRegistrysNoticesOver) {
+  const KTRFinderSync further(
+      fakes.services, [this]() -> auto & { return registry; });
+  fakes.queues.runUntilIdle();
+  const std::size_t requestsBefore = fakes.eventStreams.requests.size();
+  publish(2, {});
+  fakes.notificationCenter.deliver("com.morvane.finderSync.manifestUpdated");
+  fakes.queues.runUntilIdle();
+  EXPECT_THAT(fakes.eventStreams.requests, SizeIs(requestsBefore));
+  EXPECT_THAT(fakes.journal.callsBeginningWith("release stream"), SizeIs(1));
+}
+
+TEST_F(ChangedWorkingCopy, AnItemOutsideTheRootAddsNothing) {
+  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {"/elsewhere/x", "/w"});
+  fakes.queues.runUntilIdle();
+  EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
+}
+
+TEST_F(ChangedWorkingCopy, TheRootIsComparedAsAPrefixOfTheText) {
+  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {"/wc2/x"});
+  fakes.queues.runUntilIdle();
+  EXPECT_THAT(urlsSet(), UnorderedElementsAre("file:///wc/", "file:///wc2/", "file:///wc2/x"));
+}
+
+TEST_F(ChangedWorkingCopy, AnEmptySetOfItemsShowsTheRootAlone) {
+  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {});
+  fakes.queues.runUntilIdle();
+  EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
 }
 
 }  // namespace

@@ -4,9 +4,11 @@ void BadgeAnswers::noteRequest(const std::string &client, const std::string &url
   waiting_[urlText].push_back(client);
 }
 
-void BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlText) {
+bool BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlText) {
   std::string client;
-  if (const auto found = waiting_.find(urlText); found != waiting_.end()) {
+  const auto found = waiting_.find(urlText);
+  const bool isAnswer = found != waiting_.end();
+  if (isAnswer) {
     client = std::move(found->second.front());
     found->second.pop_front();
     if (found->second.empty()) {
@@ -14,6 +16,7 @@ void BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlT
     }
   }
   gathered_[client].emplace_back(urlText, identifier);
+  return isAnswer;
 }
 
 std::vector<BadgeAnswers::Message> BadgeAnswers::takeMessages() {

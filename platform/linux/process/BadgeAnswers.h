@@ -28,7 +28,8 @@ class BadgeAnswers {
   static constexpr std::size_t greatestMessageCount = 200'000;
 
   void noteRequest(const std::string &client, const std::string &urlText);
-  void setBadge(std::string_view identifier, const std::string &urlText);
+  // Whether somebody had asked for it.
+  bool setBadge(std::string_view identifier, const std::string &urlText);
 
   // Whether a badge is awaited by somebody.
   bool isAwaited() const { return !waiting_.empty(); }

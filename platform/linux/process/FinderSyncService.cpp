@@ -166,18 +166,17 @@ void FinderSyncService::setDirectoryURLs(const platform::FileURLSet &directoryUR
 
 void FinderSyncService::setBadgeIdentifier(std::string_view badgeIdentifier,
                                            const FileURL &itemURL) {
-  answers_.setBadge(badgeIdentifier, itemURL.text());
-  sendSoon();
+  const bool isAnswer = answers_.setBadge(badgeIdentifier, itemURL.text());
+  sendSoon(answers_.isAwaited() || !isAnswer);
 }
 
-void FinderSyncService::sendSoon() {
-  // While more answers are on their way, those that are there wait for them a little: the look-ups
+void FinderSyncService::sendSoon(bool expectsMore) {
+  // While more badges are on their way, those that are there wait for them a little: the look-ups
   // of a burst may be slower than this loop, and each would be sent by itself. One frame of a
   // screen, and far longer than a look-up takes.
   constexpr guint gatheringTime = 16;  // milliseconds
 
-  const bool isAwaited = answers_.isAwaited();
-  if (sendSource_ != 0 && (isAwaited || !isGathering_)) {
+  if (sendSource_ != 0 && (expectsMore || !isGathering_)) {
     return;
   }
   if (sendSource_ != 0) {
@@ -188,9 +187,9 @@ void FinderSyncService::sendSoon() {
     return G_SOURCE_REMOVE;
   };
   // Both below everything else on the main loop: they run when the main queue has run empty.
-  isGathering_ = isAwaited;
-  sendSource_ = isAwaited ? g_timeout_add_full(G_PRIORITY_LOW, gatheringTime, send, this, nullptr)
-                          : g_idle_add_full(G_PRIORITY_LOW, send, this, nullptr);
+  isGathering_ = expectsMore;
+  sendSource_ = expectsMore ? g_timeout_add_full(G_PRIORITY_LOW, gatheringTime, send, this, nullptr)
+                            : g_idle_add_full(G_PRIORITY_LOW, send, this, nullptr);
 }
 
 void FinderSyncService::sendMessages() {

@@ -39,7 +39,8 @@ class FinderSyncService final : public platform::FIFinderSyncController {
 
   void connectHandlers();
   void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
-  void sendSoon();
+  // A change is never alone: the folders above it change too.
+  void sendSoon(bool expectsMore);
   void sendMessages();
 
   const platform::ObjectHandle<HalvernFinderSync1> skeleton_;

@@ -9,23 +9,28 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/events/LinuxEventStreams.h"
 
 namespace {
+
+// All that this process writes.
+platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
+  platform::OwnFiles files;
+  for (const std::optional<std::string> &directory :
+       {platform::LinuxFileManager::groupContainersPath(), userDefaults.directoryPath()}) {
+    if (directory) {
+      files.directories.push_back(*directory);
+    }
+  }
+  return files;
+}
 
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
       : notificationCenter(connection, queues.mainQueue()),
-        services{clock,
-                 queues,
-                 paths,
-                 fileManager,
-                 files,
-                 userDefaults,
-                 bookmarks,
-                 notificationCenter,
-                 posixAccess,
-                 systemLogs,
-                 finderSyncController} {}
+        services{clock,       queues,       paths,        fileManager,
+                 files,       userDefaults, bookmarks,    notificationCenter,
+                 posixAccess, systemLogs,   eventStreams, finderSyncController} {}
 
   platform::SystemClock clock;
   platform::MainContextQueues queues;
@@ -37,6 +42,7 @@ struct LinuxServices {
   platform::DBusNotificationCenter notificationCenter;
   platform::LinuxPosixAccess posixAccess;
   platform::GLibSystemLogs systemLogs;
+  platform::LinuxEventStreams eventStreams{systemLogs, ownFiles(userDefaults)};
   platform::Services services;
 };
 

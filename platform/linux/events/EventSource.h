@@ -1,0 +1,69 @@
+// The thread behind one stream: waits for the kernel's events, keeps the trees watched, and calls
+// back with what has changed.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/EventStream.h"
+#include "platform/linux/events/GatheredPaths.h"
+#include "platform/linux/events/OwnFiles.h"
+#include "platform/linux/events/WatchLimit.h"
+#include "platform/linux/events/WatchLimitLog.h"
+#include "platform/linux/events/WatchedTrees.h"
+
+namespace platform {
+
+// Kept by its thread until that has ended, because nobody waits for it: it may be in a directory of
+// a network mount that does not answer.
+class EventSource : public std::enable_shared_from_this<EventSource> {
+ public:
+  struct Settings {
+    std::vector<std::string> rootPaths;
+    OwnFiles ownFiles;
+    std::chrono::steady_clock::duration latency;
+    EventStreams::Callback callback;
+    std::shared_ptr<Queue> queue;  // on which the callback runs
+    std::shared_ptr<WatchLimitLog> log;
+  };
+
+  explicit EventSource(Settings settings);
+  ~EventSource();
+  EventSource(const EventSource &) = delete;
+  EventSource &operator=(const EventSource &) = delete;
+
+  // False if the kernel gives no instance of inotify. Once.
+  bool start();
+
+  // From any thread. No callback begins after it; the thread ends by itself.
+  void stop();
+
+ private:
+  enum class WakeUp { stopped, events, time };
+  using Clock = std::chrono::steady_clock;
+
+  void run(std::unique_ptr<Inotify> inotify);
+  void turn();
+  void makeTrees(std::unique_ptr<Inotify> inotify);
+  void startOver();
+  void deliver();
+
+  // Waits for at most that long, if a time is given.
+  WakeUp waitForEvents(std::optional<Clock::duration> timeout);
+  WakeUp waitForStop(Clock::duration timeout);
+  std::optional<Clock::duration> timeToNextStep() const;
+
+  const Settings settings_;
+  const int stopDescriptor_;  // readable once stopped
+  std::atomic<bool> isStopped_ = false;
+
+  // Of the thread alone. Without trees there is no instance of inotify for now.
+  std::unique_ptr<WatchedTrees> trees_;
+  GatheredPaths gathered_;
+};
+
+}  // namespace platform

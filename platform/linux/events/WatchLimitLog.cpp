@@ -1,0 +1,35 @@
+#include "platform/linux/events/WatchLimitLog.h"
+
+#include <string>
+#include <utility>
+
+#include <glib.h>
+
+namespace platform {
+
+WatchLimitLog::WatchLimitLog(SystemLogs &systemLogs)
+    : log_(systemLogs.makeLog("com.morvane.v3.finder", "Events")) {}
+
+void WatchLimitLog::noteWatchLimit(const WatchLimit &limit) {
+  {
+    const LockGuard guard(lock_);
+    if (std::exchange(lastLimit_, limit.count) == limit.count) {
+      return;
+    }
+  }
+  log_->write(LogLevel::error,
+              "Not all folders are watched: {} allows {} watches, some of which are left to other "
+              "programs. Badges in the rest are only brought up to date when something else "
+              "changes. To watch more, raise {}, for example with sysctl.",
+              {publicArgument(limit.setting), publicArgument(std::to_string(limit.count)),
+               publicArgument(limit.setting)});
+}
+
+void WatchLimitLog::noteNoInstance(int error) {
+  log_->write(LogLevel::error,
+              "No folder can be watched: {}. If too many programs watch folders, raise "
+              "fs.inotify.max_user_instances, for example with sysctl.",
+              {publicArgument(g_strerror(error))});
+}
+
+}  // namespace platform

@@ -1,0 +1,410 @@
+#include "platform/linux/events/WatchedTrees.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+struct CloseDirectory {
+  void operator()(DIR *directory) const { closedir(directory); }
+};
+using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
+
+DirectoryStream openDirectory(const std::string &path, bool followsLink) {
+  const int descriptor =
+      open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followsLink ? 0 : O_NOFOLLOW));
+  if (descriptor < 0) {
+    return nullptr;
+  }
+  DirectoryStream stream(fdopendir(descriptor));
+  if (stream == nullptr) {
+    close(descriptor);
+  }
+  return stream;
+}
+
+bool isDirectory(DIR *stream, const dirent &entry) {
+  if (entry.d_type != DT_UNKNOWN) {
+    return entry.d_type == DT_DIR;
+  }
+  struct stat status {};
+  return fstatat(dirfd(stream), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(status.st_mode);
+}
+
+// A root may be a symbolic link; nothing beneath it is followed.
+constexpr std::uint32_t rootMask = Inotify::everyChange;
+constexpr std::uint32_t childMask = Inotify::everyChange | IN_DONT_FOLLOW;
+
+// What changes there changes no status by itself: copies of contents, and files in the making.
+bool costsNoWatch(const WatchedDirectory &parent, std::string_view name) {
+  return parent.name != nullptr && *parent.name == ".svn" && (name == "pristine" || name == "tmp");
+}
+
+}  // namespace
+
+WatchedTrees::WatchedTrees(std::unique_ptr<Inotify> inotify,
+                           const std::vector<std::string> &rootPaths, const OwnFiles &ownFiles,
+                           std::uint64_t watchShare, Callbacks callbacks)
+    : inotify_(std::move(inotify)),
+      watchShare_(watchShare),
+      callbacks_(std::move(callbacks)),
+      trees_(rootPaths) {
+  for (const std::string &path : rootPaths) {
+    roots_.push_back({path, ownFiles.beneath(path), {}, true, false, true});
+  }
+  findRoots();
+}
+
+bool WatchedTrees::takeEvents() {
+  ++batch_;
+  bool isComplete = true;
+  inotify_->readEvents([&](const Inotify::Event &event) {
+    isComplete = (event.mask & IN_Q_OVERFLOW) == 0;
+    if (isComplete) {
+      handle(event);
+    }
+    return isComplete;
+  });
+  if (isComplete) {
+    giveUpLeaving();
+    findRoots();
+  }
+  return isComplete;
+}
+
+void WatchedTrees::handle(const Inotify::Event &event) {
+  for (auto [road, end] = roads_.equal_range(event.watch); road != end; ++road) {
+    Root &root = roots_[road->second];
+    root.isToBeFound |= root.road.isTouchedBy(event.watch, event.mask, event.name);
+  }
+  if ((event.mask & IN_IGNORED) != 0) {
+    forget(event.watch);
+    return;
+  }
+  for (WatchedDirectory *directory : trees_.allWithWatch(event.watch)) {
+    // What is leaving has no path; if it arrives, the folder where it does is reported.
+    if (!trees_.isAttached(*directory)) {
+      continue;
+    }
+    if (!event.name.empty()) {
+      handleInDirectory(event, *directory);
+    } else if (directory == trees_.top(directory->tree)) {
+      handleOfTop(event, *directory);
+    } else if ((event.mask & IN_UNMOUNT) != 0) {
+      reportEntry(roots_[directory->tree], trees_.path(*directory), true);
+    }
+  }
+}
+
+void WatchedTrees::handleInDirectory(const Inotify::Event &event, WatchedDirectory &directory) {
+  Root &root = roots_[directory.tree];
+  std::string path = entryPath(trees_.path(directory), event.name);
+  if (root.ownFiles.contains(path)) {
+    return;
+  }
+  const bool isDirectory = (event.mask & IN_ISDIR) != 0;
+  reportEntry(root, path, isDirectory);
+  root.isDoubtful |= directory.parent == nullptr && (event.mask & IN_DELETE) != 0;
+  if (!isDirectory) {
+    return;
+  }
+  if ((event.mask & IN_MOVED_FROM) != 0) {
+    leave(directory, event);
+  } else if ((event.mask & IN_MOVED_TO) != 0) {
+    arrive(directory, event);
+  } else if ((event.mask & IN_DELETE) != 0) {
+    if (WatchedDirectory *removed = DirectoryTrees::child(directory, event.name)) {
+      release(trees_.drop(*removed));
+    }
+  } else if ((event.mask & (IN_CREATE | IN_ATTRIB)) != 0) {
+    // One whose attributes changed may have become readable.
+    adopt(directory, std::string(event.name), path, true);
+  }
+}
+
+void WatchedTrees::handleOfTop(const Inotify::Event &event, const WatchedDirectory &directory) {
+  Root &root = roots_[directory.tree];
+  if ((event.mask & (Inotify::ownEnd | IN_UNMOUNT)) != 0) {
+    root.isToBeFound = true;
+  } else if ((event.mask & IN_ATTRIB) != 0) {
+    callbacks_.report(root.path, root.path);
+  }
+}
+
+// The kernel has ended the watch, with the directory or with its file system.
+void WatchedTrees::forget(int watch) {
+  for (WatchedDirectory *directory : trees_.allWithWatch(watch)) {
+    if (trees_.isAttached(*directory)) {
+      roots_[directory->tree].isToBeFound |= directory->parent == nullptr;
+      release(trees_.drop(*directory));
+    }
+  }
+}
+
+void WatchedTrees::leave(WatchedDirectory &parent, const Inotify::Event &event) {
+  if (WatchedDirectory *directory = DirectoryTrees::child(parent, event.name)) {
+    leaving_[{event.cookie, parent.tree}] = {trees_.detach(*directory), batch_};
+  }
+}
+
+void WatchedTrees::arrive(WatchedDirectory &parent, const Inotify::Event &event) {
+  const std::string name(event.name);
+  const std::string path = entryPath(trees_.path(parent), name);
+  const auto leaving = leaving_.find({event.cookie, parent.tree});
+  if (leaving != leaving_.end() && !costsNoWatch(parent, name)) {
+    // Is it the one that left? By now another directory may be in its place.
+    const int watch = takeWatch(path, childMask);
+    if (watch == leaving->second.directory->watch) {
+      if (WatchedDirectory *replaced = DirectoryTrees::child(parent, name)) {
+        release(trees_.drop(*replaced));
+      }
+      WatchedDirectory &arrived = *leaving->second.directory;
+      trees_.attach(parent, name, std::move(leaving->second.directory));
+      leaving_.erase(leaving);
+      listIncomplete(arrived);
+      return;
+    }
+    release({watch});
+  }
+  adopt(parent, name, path, true);
+}
+
+void WatchedTrees::giveUpLeaving() {
+  for (auto leaving = leaving_.begin(); leaving != leaving_.end();) {
+    if (leaving->second.batch < batch_) {
+      release(trees_.drop(std::move(leaving->second.directory)));
+      leaving = leaving_.erase(leaving);
+    } else {
+      ++leaving;
+    }
+  }
+}
+
+void WatchedTrees::adopt(WatchedDirectory &parent, const std::string &name, const std::string &path,
+                         bool isNew) {
+  if (costsNoWatch(parent, name)) {
+    return;
+  }
+  int watch = takeWatch(path, childMask);
+  const bool isGone = watch < 0 && (errno == ENOENT || errno == ENOTDIR);
+  WatchedDirectory *known = DirectoryTrees::child(parent, name);
+  if (known != nullptr && known->watch == watch) {
+    return;
+  }
+  if (known != nullptr) {
+    release(trees_.drop(*known));
+  }
+  if (watch < 0) {
+    // If it is its parent that is gone, what is in that has to be found where it arrives.
+    parent.isIncomplete |= isGone;
+    return;
+  }
+  if (WatchedDirectory *other = trees_.find(parent.tree, watch)) {
+    if (DirectoryTrees::isAtOrBelow(parent, *other)) {
+      return;  // a folder that is mounted inside itself
+    }
+    makeRoomFor(*other);
+    watch = takeWatch(path, childMask);
+    if (watch < 0) {
+      parent.isIncomplete = true;
+      return;
+    }
+  }
+  trees_.insertChild(parent, name, watch);
+  unlisted_.push_back({parent.tree, watch, isNew});
+}
+
+// A directory has been found elsewhere in its tree. That it left is still in the queue, or it was
+// mistaken for another one, whose place has to be looked at again.
+void WatchedTrees::makeRoomFor(WatchedDirectory &other) {
+  if (other.parent != nullptr && trees_.isAttached(other)) {
+    unlisted_.push_back({other.tree, other.parent->watch, true});
+  }
+  for (auto leaving = leaving_.begin(); leaving != leaving_.end(); ++leaving) {
+    if (leaving->second.directory.get() == &other) {
+      release(trees_.drop(std::move(leaving->second.directory)));
+      leaving_.erase(leaving);
+      return;
+    }
+  }
+  release(trees_.drop(other));
+}
+
+void WatchedTrees::work(std::chrono::steady_clock::duration duration) {
+  const auto end = std::chrono::steady_clock::now() + duration;
+  while (!unlisted_.empty() && std::chrono::steady_clock::now() < end) {
+    const Unlisted next = unlisted_.front();
+    unlisted_.pop_front();
+    if (WatchedDirectory *directory = trees_.find(next.tree, next.watch)) {
+      list(*directory, next.isNew);
+    }
+  }
+  if (unlisted_.empty()) {
+    announceRoots();
+  }
+}
+
+void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
+  const Root &root = roots_[directory.tree];
+  const std::string path = trees_.path(directory);
+  const DirectoryStream stream = openDirectory(path, directory.parent == nullptr);
+  // The path may lead somewhere else by now. What was opened and what is watched is the same
+  // directory if it has the same watch. (Without the process file system that cannot be known.)
+  const std::string openedPath =
+      stream == nullptr ? "" : "/proc/self/fd/" + std::to_string(dirfd(stream.get()));
+  const int opened = stream == nullptr ? -1 : takeWatch(openedPath, Inotify::everyChange);
+  directory.isIncomplete = stream == nullptr || (opened >= 0 && opened != directory.watch);
+  if (directory.isIncomplete) {
+    release({opened});
+    return;
+  }
+  while (const dirent *entry = readdir(stream.get())) {
+    const std::string name = entry->d_name;
+    if (name == "." || name == "..") {
+      continue;
+    }
+    const bool isFolder = isDirectory(stream.get(), *entry);
+    if (!isFolder && !isNew) {
+      continue;
+    }
+    std::string entryPathText = entryPath(path, name);
+    if (root.ownFiles.contains(entryPathText)) {
+      continue;
+    }
+    if (isFolder) {
+      adopt(directory, name, opened >= 0 ? entryPath(openedPath, name) : entryPathText, isNew);
+    }
+    if (isNew) {
+      reportEntry(root, std::move(entryPathText), isFolder);
+    }
+  }
+}
+
+void WatchedTrees::listIncomplete(WatchedDirectory &directory) {
+  if (directory.isIncomplete) {
+    unlisted_.push_back({directory.tree, directory.watch, true});
+  }
+  for (const auto &[name, child] : directory.children) {
+    listIncomplete(*child);
+  }
+}
+
+void WatchedTrees::examineDoubtfulRoots() {
+  for (Root &root : roots_) {
+    root.isToBeFound |= std::exchange(root.isDoubtful, false);
+  }
+  findRoots();
+}
+
+void WatchedTrees::findRoots() {
+  for (std::size_t tree = 0; tree < roots_.size(); ++tree) {
+    if (std::exchange(roots_[tree].isToBeFound, false)) {
+      findRoot(tree);
+    }
+  }
+}
+
+void WatchedTrees::findRoot(std::size_t tree) {
+  Root &root = roots_[tree];
+  takeRoad(tree);
+  int watch = takeWatch(root.path, rootMask);
+  if (WatchedDirectory *top = trees_.top(tree)) {
+    if (top->watch == watch) {
+      listIncomplete(*top);
+      return;
+    }
+    // The new root may have been in the old one and lose its watch with it, so it is taken anew.
+    release({watch});
+    release(trees_.drop(*top));
+    watch = takeWatch(root.path, rootMask);
+    callbacks_.report(root.path, root.path);
+  }
+  if (watch >= 0) {
+    trees_.insertTop(tree, watch);
+    unlisted_.push_back({tree, watch, false});
+    root.isToBeAnnounced = true;
+    isAnnouncementDue_ = true;
+  }
+}
+
+void WatchedTrees::takeRoad(std::size_t tree) {
+  Root &root = roots_[tree];
+  const std::vector<int> left = root.road.leave();
+  for (const int watch : left) {
+    const auto [begin, end] = roads_.equal_range(watch);
+    roads_.erase(
+        std::find_if(begin, end, [tree](const auto &road) { return road.second == tree; }));
+  }
+  // Before the new ones are taken: they are to ask for no more than is wanted now.
+  release(left);
+  root.road.take(root.path, [this, tree](const std::string &path, std::uint32_t mask) {
+    const int watch = takeWatch(path, mask);
+    const auto [begin, end] = roads_.equal_range(watch);
+    const bool isKnown =
+        std::any_of(begin, end, [tree](const auto &road) { return road.second == tree; });
+    if (watch >= 0 && !isKnown) {
+      roads_.emplace(watch, tree);
+    }
+    return watch;
+  });
+}
+
+void WatchedTrees::announceRoots() {
+  isAnnouncementDue_ = false;
+  for (Root &root : roots_) {
+    if (std::exchange(root.isToBeAnnounced, false)) {
+      callbacks_.report(root.path, root.path);
+    }
+  }
+}
+
+int WatchedTrees::takeWatch(const std::string &path, std::uint32_t mask) {
+  const int watch = inotify_->addWatch(path, mask);
+  if (watch < 0) {
+    if (errno == ENOSPC) {
+      callbacks_.limitReached();
+      errno = ENOSPC;
+    }
+    return -1;
+  }
+  // Whether a directory has its watch already, the kernel tells only by giving it.
+  if (!isUsed(watch)) {
+    if (watchCount_ >= watchShare_) {
+      inotify_->removeWatch(watch);
+      callbacks_.limitReached();
+      errno = ENOSPC;
+      return -1;
+    }
+    ++watchCount_;
+  }
+  return watch;
+}
+
+void WatchedTrees::release(const std::vector<int> &watches) {
+  for (const int watch : watches) {
+    if (watch >= 0 && !isUsed(watch)) {
+      inotify_->removeWatch(watch);
+      --watchCount_;
+    }
+  }
+}
+
+bool WatchedTrees::isUsed(int watch) const {
+  return trees_.hasWatch(watch) || roads_.contains(watch);
+}
+
+void WatchedTrees::reportEntry(const Root &root, std::string path, bool isDirectory) const {
+  if (isDirectory) {
+    path += '/';
+  }
+  callbacks_.report(root.path, std::move(path));
+}
+
+}  // namespace platform
