@@ -141,8 +141,9 @@ void WatchedTrees::handleOfTop(const Inotify::Event &event, const WatchedDirecto
 // The kernel has ended the watch, with the directory or with its file system.
 void WatchedTrees::forget(int watch) {
   for (WatchedDirectory *directory : trees_.allWithWatch(watch)) {
-    if (trees_.isAttached(*directory)) {
-      roots_[directory->tree].isToBeFound |= directory->parent == nullptr;
+    if (directory == trees_.top(directory->tree)) {
+      roots_[directory->tree].isToBeFound = true;
+    } else if (trees_.isAttached(*directory)) {
       release(trees_.drop(*directory));
     }
   }
