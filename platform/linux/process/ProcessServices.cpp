@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
 
 namespace {
@@ -28,9 +29,19 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
       : notificationCenter(connection, queues.mainQueue()),
-        services{clock,       queues,       paths,        fileManager,
-                 files,       userDefaults, bookmarks,    notificationCenter,
-                 posixAccess, systemLogs,   eventStreams, finderSyncController} {}
+        services{clock,
+                 queues,
+                 paths,
+                 fileManager,
+                 files,
+                 userDefaults,
+                 bookmarks,
+                 drawing,
+                 notificationCenter,
+                 posixAccess,
+                 systemLogs,
+                 eventStreams,
+                 finderSyncController} {}
 
   platform::SystemClock clock;
   platform::MainContextQueues queues;
@@ -39,6 +50,7 @@ struct LinuxServices {
   platform::LinuxPropertyListFiles files;
   platform::LinuxUserDefaults userDefaults{"com.morvane.v3.finder"};
   platform::LinuxBookmarks bookmarks;
+  platform::CairoDrawing drawing;
   platform::DBusNotificationCenter notificationCenter;
   platform::LinuxPosixAccess posixAccess;
   platform::GLibSystemLogs systemLogs;
