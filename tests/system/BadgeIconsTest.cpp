@@ -10,11 +10,8 @@
 using platform::Handle;
 using platform::SurfaceHandle;
 using platform::VariantHandle;
-using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using ::testing::FieldsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using ::testing::UnorderedElementsAreArray;
 

@@ -134,7 +134,11 @@ TEST_F(BadgeLooks, InTheMiddleIsTheWhiteGlyphAndAroundItTheColour) {
       int whitePixels = 0;
       for (int y = quarter; y < pixels - quarter; ++y) {
         for (int x = quarter; x < pixels - quarter; ++x) {
-          whitePixels += coverage[static_cast<std::size_t>(y * pixels + x)] >= almostWhite ? 1 : 0;
+          whitePixels +=
+              coverage.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(pixels) +
+                          static_cast<std::size_t>(x)) >= almostWhite
+                  ? 1
+                  : 0;
         }
       }
       EXPECT_GE(whitePixels, quarter * quarter / 2) << row.identifier << " " << pixels;
