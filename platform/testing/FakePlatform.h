@@ -58,6 +58,10 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
 
 struct FakePlatform {
   FakePlatform() = default;
+
+  // With another one to draw, such as the system's own.
+  explicit FakePlatform(Drawing &other) : drawing(other) {}
+
   // What has not run may be the last to hold objects that use the other fakes.
   ~FakePlatform() { queues.forgetPending(); }
   FakePlatform(const FakePlatform &) = delete;
@@ -71,7 +75,7 @@ struct FakePlatform {
   FakeUserDefaults userDefaults{journal};
   FakeBookmarks bookmarks{journal};
   RasterDrawing rasterDrawing;
-  Drawing &drawing = rasterDrawing;  // `FakePlatform{.drawing = …}` has another one draw
+  Drawing &drawing = rasterDrawing;
   RecordingNotificationCenter notificationCenter{journal};
   FakePosixAccess posixAccess{journal};
   RecordingSystemLogs systemLogs;

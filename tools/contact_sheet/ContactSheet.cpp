@@ -111,10 +111,10 @@ void drawBadge(cairo_t *context, const Badge &badge, const Band &band, int left,
   const int x = left + margin;
   const int y = top + margin;
   const int xOfSmallOnes = x + largeSize + gap;
+  const int xOfSmallest = xOfSmallOnes + (doubleSize - standardSize) / 2;
   drawArtwork(context, theme + "scalable/emblems/" + badge.iconName + ".svg", x, y, largeSize);
   drawPicture(context, theme + "16x16@2" + png, xOfSmallOnes, y);
-  drawPicture(context, theme + "16x16" + png, xOfSmallOnes + (doubleSize - standardSize) / 2,
-              y + doubleSize + gap);
+  drawPicture(context, theme + "16x16" + png, xOfSmallest, y + doubleSize + gap);
   drawLabel(context, badge, band, left + columnWidth / 2.0, top + labelBaseline);
 }
 

@@ -33,7 +33,7 @@ double luminance(RGB color) {
 }
 
 double contrast(RGB one, RGB other) {
-  const auto [darker, lighter] = std::minmax(luminance(one), luminance(other));
+  const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
   return (lighter + 0.05) / (darker + 0.05);
 }
 
@@ -78,13 +78,11 @@ class BadgeLooks : public ::testing::Test {
   }
 
   platform::CairoDrawing drawing;
-  platform::testing::FakePlatform fakes{.drawing = drawing};
+  platform::testing::FakePlatform fakes{drawing};
   KTRFinderSyncWorkingCopies registry{fakes.services};
-  KTRFinderSync finderSync{fakes.services, [this]() -> auto &{return registry;
-}
-};  // namespace
-}
-;
+  KTRFinderSync finderSync{fakes.services,
+                           [this]() -> KTRFinderSyncWorkingCopies & { return registry; }};
+};
 
 TEST_F(BadgeLooks, EverySymbolTouchesAllFourEdgesOfTheCanvasSoThatNothingIsCropped) {
   for (const BadgeCatalogueRow &row : badgeCatalogue) {
