@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 
 #include "platform/linux/drawing/CairoHandles.h"
+#include "platform/linux/process/BadgeIcons.h"
 #include "tests/support/BusClient.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExtensionSession.h"
 
 using platform::Handle;
@@ -157,6 +159,21 @@ TEST_F(BadgeIcons, ThatAreDamagedOrMissingAreWrittenAgainAndNoOthers) {
   EXPECT_EQ(readFileForTest(missing), missingContents);
   EXPECT_EQ(identityOf(whole), wholeBefore);
   EXPECT_NE(identityOf(themePath()), themeBefore) << "whoever shows icons looks for the new ones";
+}
+
+TEST_F(BadgeIcons, LieWhereItIsKnownThatTheExtensionItselfWrites) {
+  const EnvironmentVariable data("XDG_DATA_HOME", session / "data");
+  const std::vector<std::string> prefixes = badgeIconPathPrefixes();
+  runExtensionOnce();
+  for (const std::string &file : filesBelow(themePath())) {
+    EXPECT_TRUE(std::any_of(
+        prefixes.begin(), prefixes.end(),
+        [path = themePath(file)](const std::string &prefix) { return path.starts_with(prefix); }))
+        << file;
+  }
+  for (const std::string &prefix : prefixes) {
+    EXPECT_THAT(prefix, HasSubstr("/emblems/emblem-halvern-")) << "and nobody else does";
+  }
 }
 
 TEST_F(BadgeIcons, LeaveForeignFilesAlone) {

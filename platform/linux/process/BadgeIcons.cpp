@@ -16,11 +16,28 @@ using platform::SystemColor;
 
 namespace {
 
-// The theme that every other one falls back to.
-constexpr const char *themeBelowData = "/icons/hicolor";
+constexpr const char *namePrefix = "emblem-halvern-";
+
+// The folders of the sizes, in the theme.
+constexpr const char *standardSize = "16x16";
+constexpr const char *doubleSize = "16x16@2";
+constexpr const char *anySize = "scalable";
 
 constexpr int standardPixels = 16;
 constexpr int doublePixels = 32;
+
+// The theme that every other one falls back to; none if the user has no home.
+std::optional<std::string> themeDirectory() {
+  std::optional<std::string> path = platform::userDataDirectory();
+  if (path) {
+    *path += "/icons/hicolor";
+  }
+  return path;
+}
+
+std::string directoryOfSize(const std::string &theme, const char *size) {
+  return theme + "/" + size + "/emblems";
+}
 
 // Whether the file holds other bytes than before.
 bool writeFileIfItDiffers(const std::string &directory, const std::string &name,
@@ -30,7 +47,7 @@ bool writeFileIfItDiffers(const std::string &directory, const std::string &name,
   if (earlier && *earlier == contents) {
     return false;
   }
-  return g_mkdir_with_parents(directory.c_str(), 0700) == 0 &&
+  return !contents.empty() && g_mkdir_with_parents(directory.c_str(), 0700) == 0 &&
          platform::replaceFile(path, contents);
 }
 
@@ -46,33 +63,42 @@ std::optional<std::string> artworkOfBadge(std::string_view badgeIdentifier) {
 }  // namespace
 
 std::string badgeIconName(std::string_view badgeIdentifier) {
-  return "emblem-halvern-" + std::string(badgeIdentifier);
+  return namePrefix + std::string(badgeIdentifier);
+}
+
+std::vector<std::string> badgeIconPathPrefixes() {
+  std::vector<std::string> prefixes;
+  if (const std::optional<std::string> theme = themeDirectory()) {
+    for (const char *size : {standardSize, doubleSize, anySize}) {
+      prefixes.push_back(directoryOfSize(*theme, size) + "/" + namePrefix);
+    }
+  }
+  return prefixes;
 }
 
 void writeBadgeIcon(const platform::Image &image, std::string_view badgeIdentifier) {
-  const std::optional<std::string> data = platform::userDataDirectory();
-  if (!data) {
+  const std::optional<std::string> theme = themeDirectory();
+  if (!theme) {
     return;
   }
-  const std::string theme = *data + themeBelowData;
   const std::string name = badgeIconName(badgeIdentifier);
   bool isNew = false;
   const auto write = [&](const char *size, const std::string &extension,
                          const std::string &contents) {
-    isNew |= writeFileIfItDiffers(theme + "/" + size + "/emblems", name + extension, contents);
+    isNew |= writeFileIfItDiffers(directoryOfSize(*theme, size), name + extension, contents);
   };
   for (const Raster &raster : image.rasters) {
     if (raster.pixelsWide == standardPixels) {
-      write("16x16", ".png", platform::pngFile(raster));
+      write(standardSize, ".png", platform::pngFile(raster));
     } else if (raster.pixelsWide == doublePixels) {
-      write("16x16@2", ".png", platform::pngFile(raster));
+      write(doubleSize, ".png", platform::pngFile(raster));
     }
   }
   if (const std::optional<std::string> artwork = artworkOfBadge(badgeIdentifier)) {
-    write("scalable", ".svg", *artwork);
+    write(anySize, ".svg", *artwork);
   }
   if (isNew) {
     // Programs that run look into the theme again when its folder is newer than what they know.
-    utime(theme.c_str(), nullptr);
+    utime(theme->c_str(), nullptr);
   }
 }

@@ -6,10 +6,14 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/Drawing.h"
 
 std::string badgeIconName(std::string_view badgeIdentifier);
+
+// What the path of every icon begins with, also while it is being written.
+std::vector<std::string> badgeIconPathPrefixes();
 
 // Writes the image's 16- and 32-pixel rasters, and the artwork that the badge's symbol is drawn
 // from.

@@ -11,6 +11,7 @@
 #include "platform/linux/MainContextQueues.h"
 #include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
+#include "platform/linux/process/BadgeIcons.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
       files.directories.push_back(*directory);
     }
   }
+  files.pathPrefixes = badgeIconPathPrefixes();
   return files;
 }
 
