@@ -12,7 +12,7 @@ cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configur
 cmake --build --preset $(1) $(if $(2),--target $(2)) -- -j$(JOBS)
 endef
 
-.PHONY: help deps run test check-long bench install format lint clean
+.PHONY: help deps run test check-long bench contact-sheet install format lint clean
 
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
@@ -20,6 +20,7 @@ help:
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
 	@echo "make check-long       the same and more: slow linter checks, many more random working copies"
 	@echo "make bench            compare with 'svn status', as a table"
+	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make deps             install the Debian packages that are missing"
 	@echo "make format, lint     format the sources; check their format and run the linter"
@@ -41,6 +42,10 @@ check-long: deps
 bench: deps
 	@$(call build,release,extension_bench)
 	@tools/bench "$(RELEASE)"
+
+contact-sheet: deps
+	@$(call build,release,contact_sheet halvern-finder-sync)
+	@tools/contact-sheet "$(RELEASE)" docs/images/badges.png
 
 install: deps
 	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF

@@ -13,6 +13,7 @@ void ignoreBadge(std::optional<BadgeIdentifier> /*badge*/) {}
 
 KTRFinderSync::KTRFinderSync(platform::Services &services, SharedWorkingCopies sharedWorkingCopies)
     : i_services(services), i_sharedWorkingCopies(std::move(sharedWorkingCopies)) {
+  p_registerBadgeImages();
   KTRFinderSyncWorkingCopies &workingCopies = i_sharedWorkingCopies();
   i_folderMonitor = std::make_shared<KTRFinderSyncFolderMonitor>(
       i_services, quietPeriod,

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "platform/Drawing.h"
 #include "platform/FileURL.h"
 
 namespace platform {
@@ -26,6 +27,10 @@ class FIFinderSyncController {
 
   // From then on the platform asks only for items inside these directories.
   virtual void setDirectoryURLs(const FileURLSet &directoryURLs) = 0;
+
+  // What that badge looks like and what it is called, from then on.
+  virtual void setBadgeImage(const Image &image, std::string_view label,
+                             std::string_view badgeIdentifier) = 0;
 
   // Shows on the item the badge of that identifier; the empty identifier shows none.
   virtual void setBadgeIdentifier(std::string_view badgeIdentifier, const FileURL &itemURL) = 0;

@@ -4,6 +4,7 @@
 
 #include "platform/Bookmarks.h"
 #include "platform/DistributedNotifications.h"
+#include "platform/Drawing.h"
 #include "platform/EventStream.h"
 #include "platform/FileManager.h"
 #include "platform/FinderSync.h"
@@ -24,6 +25,7 @@ struct Services {
   PropertyListFiles &propertyListFiles;
   UserDefaults &userDefaults;
   Bookmarks &bookmarks;
+  Drawing &drawing;
   DistributedNotificationCenter &notificationCenter;
   PosixAccess &posixAccess;
   SystemLogs &systemLogs;

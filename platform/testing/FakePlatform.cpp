@@ -24,6 +24,13 @@ void RecordingFinderSyncController::setDirectoryURLs(const FileURLSet &urls) {
   directoryURLs.push_back(urls);
 }
 
+void RecordingFinderSyncController::setBadgeImage(const Image &image, std::string_view label,
+                                                  std::string_view badgeIdentifier) {
+  const std::string identifier(badgeIdentifier);
+  journal_.note("set badge image " + identifier);
+  badgeImages.push_back({identifier, std::string(label), image});
+}
+
 void RecordingFinderSyncController::setBadgeIdentifier(std::string_view badgeIdentifier,
                                                        const FileURL &itemURL) {
   journal_.note("set badge " + itemURL.text());

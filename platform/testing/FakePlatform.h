@@ -13,6 +13,7 @@
 #include "platform/testing/FakeFiles.h"
 #include "platform/testing/HandCrankedQueues.h"
 #include "platform/testing/Journal.h"
+#include "platform/testing/RasterDrawing.h"
 #include "platform/testing/RecordingSystemLogs.h"
 
 namespace platform::testing {
@@ -37,9 +38,18 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
   explicit RecordingFinderSyncController(Journal &journal) : journal_(journal) {}
 
   void setDirectoryURLs(const FileURLSet &directoryURLs) override;
+  void setBadgeImage(const Image &image, std::string_view label,
+                     std::string_view badgeIdentifier) override;
   void setBadgeIdentifier(std::string_view badgeIdentifier, const FileURL &itemURL) override;
 
+  struct BadgeImage {
+    std::string identifier;
+    std::string label;
+    Image image;
+  };
+
   std::vector<FileURLSet> directoryURLs;                    // one for each call
+  std::vector<BadgeImage> badgeImages;                      // in order of registration
   std::vector<std::pair<std::string, std::string>> badges;  // url text, identifier
 
  private:
@@ -48,6 +58,10 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
 
 struct FakePlatform {
   FakePlatform() = default;
+
+  // With another one to draw, such as the system's own.
+  explicit FakePlatform(Drawing &other) : drawing(other) {}
+
   // What has not run may be the last to hold objects that use the other fakes.
   ~FakePlatform() { queues.forgetPending(); }
   FakePlatform(const FakePlatform &) = delete;
@@ -60,6 +74,8 @@ struct FakePlatform {
   FakePropertyListFiles propertyListFiles{journal};
   FakeUserDefaults userDefaults{journal};
   FakeBookmarks bookmarks{journal};
+  RasterDrawing rasterDrawing;
+  Drawing &drawing = rasterDrawing;
   RecordingNotificationCenter notificationCenter{journal};
   FakePosixAccess posixAccess{journal};
   RecordingSystemLogs systemLogs;
@@ -73,6 +89,7 @@ struct FakePlatform {
                     propertyListFiles,
                     userDefaults,
                     bookmarks,
+                    drawing,
                     notificationCenter,
                     posixAccess,
                     systemLogs,

@@ -273,7 +273,6 @@ TEST_F(FinderSyncProcess, ThereIsNoMenuAndNoActionToPerform) {
   EXPECT_EQ(client.call("PerformMenuAction",
                         g_variant_new("(s^assa{sv})", "noSuchAction:", nothing, "", nullptr)),
             invalidArguments);
-  EXPECT_EQ(g_variant_n_children(client.property("Badges").get()), 0U);
 }
 
 TEST_F(FinderSyncProcess, ASecondProcessSaysSoAndChangesNothing) {

@@ -1,4 +1,4 @@
-#include "extension/KTRFinderSync.h"
+#include "tests/unit/FinderSyncPeer.h"
 #include "tests/unit/RegistryFixture.h"
 
 using ::testing::ElementsAre;
@@ -6,19 +6,6 @@ using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
-
-// The private operation, with changes that the monitor, which has a rule of its own, never hands
-// over.
-struct FinderSyncPeer {
-  static void workingCopyDidChange(KTRFinderSync &finderSync, const std::string &rootPath,
-                                   const std::vector<std::string> &paths) {
-    FileURLSet changed;
-    for (const std::string &path : paths) {
-      changed.insert(FileURL::fromPath(path));
-    }
-    finderSync.p_workingCopyDidChangeAtRootURL(FileURL::fromPath(rootPath, true), changed);
-  }
-};
 
 namespace {
 
@@ -35,12 +22,16 @@ class FinderSync : public RegistryFixture {
   }
 };
 
-TEST_F(FinderSync, StartUpLoadsTheManifestThenPublishesTheRootsThenWatchesThem) {
+TEST_F(FinderSync, StartUpRegistersTheBadgesLoadsTheManifestPublishesTheRootsAndWatchesThem) {
   fakes.journal.clear();
   const KTRFinderSync finderSync = make();
   const std::vector<std::string> calls = fakes.journal.calls();
-  ASSERT_THAT(calls, ::testing::Not(IsEmpty()));
-  EXPECT_EQ(calls.front(), std::string("read ") + manifestPath);
+  constexpr std::size_t badgeCount = 6;
+  ASSERT_GT(calls.size(), badgeCount);
+  for (std::size_t i = 0; i < badgeCount; ++i) {
+    EXPECT_THAT(calls[i], ::testing::StartsWith("set badge image "));
+  }
+  EXPECT_EQ(calls[badgeCount], std::string("read ") + manifestPath);
   EXPECT_EQ(calls.back(), "set directories");
   EXPECT_THAT(fakes.finderSyncController.directoryURLs,
               ElementsAre(FileURLSet{FileURL::fromPath("/wc", true)}));
@@ -227,19 +218,19 @@ TEST_F(ChangedWorkingCopy, AFurtherObjectInTheProcessTakesTheRegistrysNoticesOve
 }
 
 TEST_F(ChangedWorkingCopy, AnItemOutsideTheRootAddsNothing) {
-  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {"/elsewhere/x", "/w"});
+  FinderSyncPeer{*finderSync}.workingCopyDidChange("/wc", {"/elsewhere/x", "/w"});
   fakes.queues.runUntilIdle();
   EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
 }
 
 TEST_F(ChangedWorkingCopy, TheRootIsComparedAsAPrefixOfTheText) {
-  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {"/wc2/x"});
+  FinderSyncPeer{*finderSync}.workingCopyDidChange("/wc", {"/wc2/x"});
   fakes.queues.runUntilIdle();
   EXPECT_THAT(urlsSet(), UnorderedElementsAre("file:///wc/", "file:///wc2/", "file:///wc2/x"));
 }
 
 TEST_F(ChangedWorkingCopy, AnEmptySetOfItemsShowsTheRootAlone) {
-  FinderSyncPeer::workingCopyDidChange(*finderSync, "/wc", {});
+  FinderSyncPeer{*finderSync}.workingCopyDidChange("/wc", {});
   fakes.queues.runUntilIdle();
   EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
 }

@@ -1,6 +1,7 @@
 #include "platform/linux/process/FinderSyncService.h"
 
 #include "platform/linux/BusNames.h"
+#include "platform/linux/process/BadgeIcons.h"
 #include "platform/linux/process/RequestArguments.h"
 
 using platform::ErrorHandle;
@@ -162,6 +163,21 @@ void FinderSyncService::setDirectoryURLs(const platform::FileURLSet &directoryUR
   texts.push_back(nullptr);
   // The skeleton tells the bus when the value differs from the last one.
   halvern_finder_sync1_set_directory_urls(skeleton_.get(), texts.data());
+}
+
+void FinderSyncService::setBadgeImage(const platform::Image &image, std::string_view label,
+                                      std::string_view badgeIdentifier) {
+  writeBadgeIcon(image, badgeIdentifier);
+  badges_.push_back(
+      {std::string(badgeIdentifier), std::string(label), badgeIconName(badgeIdentifier)});
+
+  GVariantBuilder builder;
+  g_variant_builder_init(&builder, G_VARIANT_TYPE("a(sss)"));
+  for (const Badge &badge : badges_) {
+    g_variant_builder_add(&builder, "(sss)", badge.identifier.c_str(), badge.label.c_str(),
+                          badge.iconName.c_str());
+  }
+  halvern_finder_sync1_set_badges(skeleton_.get(), g_variant_builder_end(&builder));
 }
 
 void FinderSyncService::setBadgeIdentifier(std::string_view badgeIdentifier,

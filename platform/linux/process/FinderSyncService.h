@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "FinderSync1.h"
 #include "platform/FinderSync.h"
@@ -31,11 +32,20 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   }
 
   void setDirectoryURLs(const platform::FileURLSet &directoryURLs) override;
+  void setBadgeImage(const platform::Image &image, std::string_view label,
+                     std::string_view badgeIdentifier) override;
   void setBadgeIdentifier(std::string_view badgeIdentifier,
                           const platform::FileURL &itemURL) override;
 
  private:
   struct Handlers;
+
+  // What the bus is told of a badge that has an image.
+  struct Badge {
+    std::string identifier;
+    std::string label;
+    std::string iconName;
+  };
 
   void connectHandlers();
   void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
@@ -46,6 +56,7 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   const platform::ObjectHandle<HalvernFinderSync1> skeleton_;
   platform::ObjectHandle<GDBusConnection> connection_;
   platform::FIFinderSync *principalObject_ = nullptr;
+  std::vector<Badge> badges_;  // in order of registration
   BadgeAnswers answers_;
   guint sendSource_ = 0;      // 0 while nothing is to be sent
   bool isGathering_ = false;  // whether that source waits for more

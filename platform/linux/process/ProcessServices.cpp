@@ -9,7 +9,9 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
+#include "platform/linux/process/BadgeIcons.h"
 
 namespace {
 
@@ -22,15 +24,26 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
       files.directories.push_back(*directory);
     }
   }
+  files.pathPrefixes = badgeIconPathPrefixes();
   return files;
 }
 
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
       : notificationCenter(connection, queues.mainQueue()),
-        services{clock,       queues,       paths,        fileManager,
-                 files,       userDefaults, bookmarks,    notificationCenter,
-                 posixAccess, systemLogs,   eventStreams, finderSyncController} {}
+        services{clock,
+                 queues,
+                 paths,
+                 fileManager,
+                 files,
+                 userDefaults,
+                 bookmarks,
+                 drawing,
+                 notificationCenter,
+                 posixAccess,
+                 systemLogs,
+                 eventStreams,
+                 finderSyncController} {}
 
   platform::SystemClock clock;
   platform::MainContextQueues queues;
@@ -39,6 +52,7 @@ struct LinuxServices {
   platform::LinuxPropertyListFiles files;
   platform::LinuxUserDefaults userDefaults{"com.morvane.v3.finder"};
   platform::LinuxBookmarks bookmarks;
+  platform::CairoDrawing drawing;
   platform::DBusNotificationCenter notificationCenter;
   platform::LinuxPosixAccess posixAccess;
   platform::GLibSystemLogs systemLogs;

@@ -11,6 +11,8 @@
 #include "platform/linux/LinuxPosixAccess.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/process/BadgeIcons.h"
+#include "platform/testing/RasterDrawing.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -154,6 +156,19 @@ TEST_F(UnprivilegedUser, ADirectoryThatCannotBeCreatedIsAFailure) {
   const Mode mode(directory.path(), readOnly);
   EXPECT_FALSE(platform::LinuxFileManager().createDirectoryWithIntermediates(
       FileURL::fromPath(directory / "a/b")));
+}
+
+TEST_F(UnprivilegedUser, AnIconForAReadOnlyHomeIsNotWritten) {
+  const EnvironmentVariable data("XDG_DATA_HOME", directory.path());
+  const platform::Image image =
+      platform::testing::imageOfRaster(platform::testing::uniformRaster(16, 16));
+  {
+    const Mode mode(directory.path(), readOnly);
+    writeBadgeIcon(image, "added");
+    EXPECT_EQ(entryCount(directory.path()), 0);
+  }
+  writeBadgeIcon(image, "added");
+  EXPECT_EQ(entryCount(directory.path()), 1);
 }
 
 TEST_F(UnprivilegedUser, ABookmarkThroughAClosedFolderFailsWithTheReason) {
