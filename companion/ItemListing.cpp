@@ -45,7 +45,7 @@ ItemsBeneath itemsBeneath(const std::string &folder,
   Names names;
   addItemsOnDisk(folder, names);
 
-  const std::size_t prefixLength = joinedPath(folder, "x").size() - 1;
+  const std::size_t prefixLength = prefixOfFolder(folder).size();
   const auto addVersionedName = [&](std::string_view path) {
     if (path.size() > prefixLength && isAtOrBelow(path, folder)) {
       names.emplace(path.substr(prefixLength));
@@ -65,6 +65,10 @@ ItemsBeneath itemsBeneath(const std::string &folder,
   }
   items.names.assign(names.begin(), names.end());
   return items;
+}
+
+std::string unreadableMessage(const std::string &folder, const std::string &reason) {
+  return displayedPath(folder) + ": badges may be missing: " + reason;
 }
 
 }  // namespace companion
