@@ -25,7 +25,8 @@ void addItemsOnDisk(const std::string &folder, Names &names) {
          !error && entry != end; entry.increment(error)) {
       const std::string name = entry->path().filename();
       std::error_code unknown;
-      const bool isDirectory = entry->symlink_status(unknown).type() == fs::file_type::directory;
+      // Both are known from the listing, without a look at the entry itself.
+      const bool isDirectory = !entry->is_symlink(unknown) && entry->is_directory(unknown);
       if (isDirectory && name == ".svn") {
         continue;
       }
