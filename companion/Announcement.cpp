@@ -3,6 +3,7 @@
 #include <string>
 
 #include "companion/Output.h"
+#include "companion/SessionBus.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/MainContextQueues.h"
@@ -16,11 +17,9 @@ using platform::VariantHandle;
 
 void announceManifest() {
   ErrorHandle error;
-  const ObjectHandle<GDBusConnection> connection(
-      g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, ErrorOut(error)));
+  const ObjectHandle<GDBusConnection> connection = connectToSessionBus(error);
   VariantHandle answer;
   if (connection != nullptr) {
-    g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
     platform::MainContextQueues queues;
     platform::DBusNotificationCenter(connection.get(), queues.mainQueue())
         .postNotification("com.morvane.finderSync.manifestUpdated");

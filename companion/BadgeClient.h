@@ -2,60 +2,91 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "FinderSync1.h"
+#include "companion/BusCall.h"
+#include "companion/MainLoopWait.h"
+#include "companion/NameOwnerWatch.h"
 #include "platform/Result.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace companion {
 
-// The badge of each path that was asked for; empty for none.
-using BadgesByPath = std::unordered_map<std::string, std::string>;
+// Each a path and its badge, empty for none.
+using Badges = std::vector<std::pair<std::string, std::string>>;
+using BadgesHandler = std::function<void(Badges badges)>;
 
-// On the thread that may iterate the default main context. What fails says so in a whole message.
+// One process of the extension. On the thread that may iterate the default main context: that runs
+// in every wait, and all handlers are called from it, in the order in which the extension spoke.
+// What fails says so in a whole message.
 class BadgeClient {
  public:
-  // Starts the extension if it is not running. Each wait for it ends when it has been silent for
-  // `patience`.
-  static platform::Result<std::unique_ptr<BadgeClient>> connect(std::chrono::seconds patience);
+  struct Limits {
+    std::chrono::seconds patience;  // a wait ends when the extension was silent for so long
+    StopCondition shouldStop;       // a wait fails when this holds
+  };
+
+  // What the extension says unasked.
+  struct News {
+    BadgesHandler badgesChanged;
+    std::function<void()> directoriesChanged;
+  };
+
+  // Starts the extension if it is not running.
+  static platform::Result<std::unique_ptr<BadgeClient>> connect(GDBusConnection *connection,
+                                                                Limits limits);
 
   ~BadgeClient();
   BadgeClient(const BadgeClient &) = delete;
   BadgeClient &operator=(const BadgeClient &) = delete;
 
+  // No news is lost if this is called before the first wait.
+  void setNews(News news) { news_ = std::move(news); }
+
+  // The process has left the bus, or another one has its name, or the bus is gone.
+  bool hasEnded() const { return hasEnded_; }
+
   // The folders inside which it gives badges, absolute and standardised, in the order of their
-  // names.
+  // names. Waits the first time only.
   platform::Result<std::vector<std::string>> directoryPaths();
 
-  // Absolute paths without a trailing slash; one that is named twice has one badge.
-  platform::Result<BadgesByPath> badgesOfPaths(const std::vector<std::string> &paths);
+  // Waits until all are answered; none on success, else why not. Absolute paths without a trailing
+  // slash. Asks in their order, and the extension answers in the order in which it is asked.
+  std::optional<std::string> ask(const std::vector<std::string> &paths, BadgesHandler onAnswers);
 
  private:
   BadgeClient(platform::ObjectHandle<GDBusConnection> connection,
-              platform::ObjectHandle<HalvernFinderSync1> proxy, std::chrono::seconds patience);
+              platform::ObjectHandle<HalvernFinderSync1> proxy, Limits limits);
 
-  // None on success, else why not all of `waiting_` could be asked and answered.
-  std::optional<std::string> askForWaiting();
+  const char *processName() const;
+  std::optional<std::string> askChunk(const std::vector<std::string> &urls);
   void takeAnswers(GVariant *badges);
+  void takeDirectories(GVariant *urls);
 
   const platform::ObjectHandle<GDBusConnection> connection_;
   const platform::ObjectHandle<HalvernFinderSync1> proxy_;  // of the one process that answers
-  const std::chrono::seconds patience_;
-  guint ownerSubscription_ = 0;
+  const Limits limits_;
+  News news_{[](const Badges &) {}, [] {}};
+  guint propertiesSubscription_ = 0;
   gulong answersHandler_ = 0;
+  gulong changesHandler_ = 0;
   gulong closedHandler_ = 0;
 
-  // What may end a wait.
   bool hasEnded_ = false;
-  gint64 lastAnswer_ = 0;  // monotonic, microseconds
+  const NameOwnerWatch ownerWatch_;
+  std::optional<std::vector<std::string>> directoryPaths_;
 
+  // While something is asked.
+  MonotonicTime lastAnswer_ = 0;
   std::unordered_map<std::string, std::string> waiting_;  // paths by the text of their URL
-  BadgesByPath answers_;
+  BadgesHandler onAnswers_;
 };
 
 }  // namespace companion

@@ -1,73 +1,48 @@
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <unistd.h>
+#include <unordered_map>
 
-#include "companion/AbsolutePath.h"
 #include "companion/BadgeClient.h"
 #include "companion/BadgeTree.h"
 #include "companion/Commands.h"
 #include "companion/ItemListing.h"
 #include "companion/PathText.h"
+#include "companion/ReachFailure.h"
+#include "companion/SessionBus.h"
+#include "companion/Targets.h"
 
 namespace companion {
 
+using platform::ErrorHandle;
+using platform::ObjectHandle;
 using platform::Result;
 
 namespace {
 
-// One PATH of the command line, or one working copy where there is none.
-struct Target {
-  std::string name;                // as it is printed
-  std::string path;                // absolute, standardised
+// What is printed under a target's name.
+struct Section {
+  Target target;
   std::vector<std::string> items;  // relative to it; the empty one is the target itself
 };
 
-bool isInside(const std::string &path, const std::vector<std::string> &folders) {
-  return std::any_of(folders.begin(), folders.end(),
-                     [&path](const std::string &folder) { return isAtOrBelow(path, folder); });
-}
-
-// Those that do not lie in another one; the others are beneath them.
-std::vector<Target> outermostWorkingCopies(const std::vector<std::string> &workingCopies) {
-  std::vector<Target> targets;
-  for (const std::string &path : workingCopies) {
-    const bool isBeneathAnother = std::any_of(
-        workingCopies.begin(), workingCopies.end(),
-        [&path](const std::string &other) { return other != path && isAtOrBelow(path, other); });
-    if (!isBeneathAnother) {
-      targets.push_back({path, path, {}});
-    }
-  }
-  return targets;
-}
-
-Result<std::vector<Target>> namedTargets(const std::vector<std::string> &paths) {
-  std::vector<Target> targets;
-  for (const std::string &path : paths) {
-    const Result<std::string> absolute = absolutePath(path);
-    if (!absolute) {
-      return Result<std::vector<Target>>::failure(displayedPath(path) + ": " + absolute.reason());
-    }
-    targets.push_back({std::string(withoutTrailingSlashes(path)), *absolute, {}});
-  }
-  return targets;
-}
+using BadgesByPath = std::unordered_map<std::string, std::string>;
 
 // Prints a note for each target that the extension gives no badges in.
-std::vector<std::string> pathsToAskFor(const std::vector<Target> &targets,
+std::vector<std::string> pathsToAskFor(const std::vector<Section> &sections,
                                        const std::vector<std::string> &workingCopies) {
   std::vector<std::string> paths;
-  for (const Target &target : targets) {
+  for (const Section &section : sections) {
     const std::size_t before = paths.size();
-    for (const std::string &item : target.items) {
-      std::string path = joinedPath(target.path, item);
-      if (isInside(path, workingCopies)) {
+    for (const std::string &item : section.items) {
+      std::string path = joinedPath(section.target.path, item);
+      if (isInsideOneOf(path, workingCopies)) {
         paths.push_back(std::move(path));
       }
     }
     if (paths.size() == before) {
-      printError(displayedPath(target.name) + " is in no listed working copy");
+      printError(outsideMessage(section.target));
     }
   }
   return paths;
@@ -85,8 +60,7 @@ bool wantsColors(Options::Colors colors) {
 
 void printLines(const Target &target, const std::vector<BadgedItem> &items, Output &output) {
   for (const BadgedItem &item : items) {
-    output.writeLine((item.badge.empty() ? "-" : item.badge) + "\t" +
-                     fieldOfPath(joinedPath(target.name, item.path)));
+    output.writeLine(badgeLine(item.badge, joinedPath(target.name, item.path)));
   }
 }
 
@@ -101,7 +75,12 @@ ExitStatus printBadges(const Options &options, Output &output) {
   if (!targets) {
     return fail(targets.reason());
   }
-  const auto client = BadgeClient::connect(options.timeout);
+  ErrorHandle error;
+  const ObjectHandle<GDBusConnection> bus = connectToSessionBus(error);
+  if (bus == nullptr) {
+    return fail(notReachable(error));
+  }
+  const auto client = BadgeClient::connect(bus.get(), {options.timeout, [] { return false; }});
   if (!client) {
     return fail(client.reason());
   }
@@ -112,7 +91,7 @@ ExitStatus printBadges(const Options &options, Output &output) {
   const bool coversEverything = options.paths.empty();
   if (coversEverything) {
     if (workingCopies->empty()) {
-      printError("no working copies are listed; add one with: halvern add PATH");
+      printError(nothingListedMessage);
       return exitDone;
     }
     *targets = outermostWorkingCopies(*workingCopies);
@@ -120,34 +99,37 @@ ExitStatus printBadges(const Options &options, Output &output) {
 
   const bool looksBeneath = coversEverything || options.isRecursive || options.showsTree;
   ExitStatus status = exitDone;
-  for (Target &target : *targets) {
-    target.items = {""};
+  std::vector<Section> sections;
+  for (const Target &target : *targets) {
+    Section &section = sections.emplace_back(Section{target, {""}});
     if (!looksBeneath) {
       continue;
     }
     const ItemsBeneath beneath = itemsBeneath(target.path, *workingCopies);
-    target.items.insert(target.items.end(), beneath.names.begin(), beneath.names.end());
+    section.items.insert(section.items.end(), beneath.names.begin(), beneath.names.end());
     for (const auto &[place, reason] : beneath.unreadable) {
-      if (isInside(place, *workingCopies)) {
-        printError(displayedPath(place) + ": badges may be missing: " + reason);
+      if (isInsideOneOf(place, *workingCopies)) {
+        printError(unreadableMessage(place, reason));
         status = exitFailed;
       }
     }
   }
-  const Result<BadgesByPath> badges =
-      (*client)->badgesOfPaths(pathsToAskFor(*targets, *workingCopies));
-  if (!badges) {
-    return fail(badges.reason());
+  BadgesByPath badges;
+  const auto failure = (*client)->ask(pathsToAskFor(sections, *workingCopies), [&](Badges answers) {
+    badges.insert(std::make_move_iterator(answers.begin()), std::make_move_iterator(answers.end()));
+  });
+  if (failure) {
+    return fail(*failure);
   }
 
   const bool hidesUnbadged = coversEverything || (options.showsTree && !options.isRecursive);
   const bool isColored = options.showsTree && wantsColors(options.colors);
   bool isFirst = true;
-  for (const Target &target : *targets) {
+  for (const auto &[target, names] : sections) {
     std::vector<BadgedItem> items;
-    for (const std::string &item : target.items) {
-      const auto found = badges->find(joinedPath(target.path, item));
-      const std::string badge = found == badges->end() ? "" : found->second;
+    for (const std::string &item : names) {
+      const auto found = badges.find(joinedPath(target.path, item));
+      const std::string badge = found == badges.end() ? "" : found->second;
       if (!badge.empty() || !hidesUnbadged) {
         items.push_back({item, badge});
       }

@@ -24,6 +24,9 @@ ExitStatus listWorkingCopies(Output &output);
 // Prints the badges that the running extension gives.
 ExitStatus printBadges(const Options &options, Output &output);
 
+// Prints badges when they change, until the program is interrupted or its reader goes away.
+ExitStatus watchBadges(const Options &options, Output &output);
+
 // Answers the extension's request for fresh bookmarks, if there is one.
 ExitStatus recoverWorkingCopies(Output &output);
 

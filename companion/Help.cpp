@@ -14,6 +14,7 @@ Commands:
   remove PATH…     take them off the list
   list             print the list
   badges [PATH…]   print badges, as the file manager shows them
+  watch [PATH…]    print badges when they change, until interrupted
   recover          renew access to the working copies that the extension cannot reach
 
 Options:
@@ -60,6 +61,20 @@ Options:
   -h, --help             print this help
 )";
 
+constexpr std::string_view watchHelp = R"(Usage: halvern watch [OPTION…] [PATH…]
+
+Prints the badges of the PATHs, and of all that is beneath them, when they change: one
+line each, as "halvern badges" prints them. Nothing is printed for the badges that are
+there at the start. Without a PATH, watches every listed working copy. Runs until it is
+interrupted or the reader of its output goes away. When the extension ends, starts it
+again.
+
+Options:
+      --timeout=SECONDS  how long the extension may be silent when it is asked; 60 if not
+                         given
+  -h, --help             print this help
+)";
+
 constexpr std::string_view recoverHelp = R"(Usage: halvern recover
 
 Answers a request of the extension, which it makes when it cannot reach listed working
@@ -81,6 +96,8 @@ std::string_view helpText(std::optional<Command> command) {
       return listHelp;
     case Command::badges:
       return badgesHelp;
+    case Command::watch:
+      return watchHelp;
     case Command::recover:
       return recoverHelp;
   }

@@ -25,7 +25,8 @@ void addItemsOnDisk(const std::string &folder, Names &names) {
          !error && entry != end; entry.increment(error)) {
       const std::string name = entry->path().filename();
       std::error_code unknown;
-      const bool isDirectory = entry->symlink_status(unknown).type() == fs::file_type::directory;
+      // Both are known from the listing, without a look at the entry itself.
+      const bool isDirectory = !entry->is_symlink(unknown) && entry->is_directory(unknown);
       if (isDirectory && name == ".svn") {
         continue;
       }
@@ -45,7 +46,7 @@ ItemsBeneath itemsBeneath(const std::string &folder,
   Names names;
   addItemsOnDisk(folder, names);
 
-  const std::size_t prefixLength = joinedPath(folder, "x").size() - 1;
+  const std::size_t prefixLength = prefixOfFolder(folder).size();
   const auto addVersionedName = [&](std::string_view path) {
     if (path.size() > prefixLength && isAtOrBelow(path, folder)) {
       names.emplace(path.substr(prefixLength));
@@ -65,6 +66,10 @@ ItemsBeneath itemsBeneath(const std::string &folder,
   }
   items.names.assign(names.begin(), names.end());
   return items;
+}
+
+std::string unreadableMessage(const std::string &folder, const std::string &reason) {
+  return displayedPath(folder) + ": badges may be missing: " + reason;
 }
 
 }  // namespace companion

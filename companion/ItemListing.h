@@ -19,4 +19,7 @@ struct ItemsBeneath {
 // absolute and standardised.
 ItemsBeneath itemsBeneath(const std::string &folder, const std::vector<std::string> &workingCopies);
 
+// What is printed about an unreadable folder.
+std::string unreadableMessage(const std::string &folder, const std::string &reason);
+
 }  // namespace companion

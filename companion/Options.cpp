@@ -20,11 +20,12 @@ struct CommandSyntax {
   PathCount paths;
 };
 
-constexpr std::array<CommandSyntax, 5> commands = {{
+constexpr std::array<CommandSyntax, 6> commands = {{
     {"add", Command::add, PathCount::atLeastOne},
     {"remove", Command::remove, PathCount::atLeastOne},
     {"list", Command::list, PathCount::none},
     {"badges", Command::badges, PathCount::any},
+    {"watch", Command::watch, PathCount::any},
     {"recover", Command::recover, PathCount::none},
 }};
 
@@ -68,24 +69,48 @@ Problem setTimeout(std::string_view value, Options &options) {
   return std::nullopt;
 }
 
+Problem unknownOption(std::string_view option) {
+  return "unknown option: " + displayedPath(option);
+}
+
+Problem missingValue(std::string_view option, std::string_view example) {
+  return std::string(option) + " needs a value, as in " + std::string(option) + "=" +
+         std::string(example);
+}
+
+Problem readWatchOption(std::string_view option, Options &options) {
+  static constexpr std::string_view timeout = "--timeout=";
+  if (option.starts_with(timeout)) {
+    return setTimeout(option.substr(timeout.size()), options);
+  }
+  return option == "--timeout" ? missingValue(option, "10") : unknownOption(option);
+}
+
 Problem readBadgesOption(std::string_view option, Options &options) {
   static constexpr std::string_view color = "--color=";
-  static constexpr std::string_view timeout = "--timeout=";
   if (option == "-R" || option == "--recursive") {
     options.isRecursive = true;
   } else if (option == "--tree") {
     options.showsTree = true;
   } else if (option.starts_with(color)) {
     return setColors(option.substr(color.size()), options);
-  } else if (option.starts_with(timeout)) {
-    return setTimeout(option.substr(timeout.size()), options);
-  } else if (option == "--color" || option == "--timeout") {
-    return std::string(option) + " needs a value, as in " + std::string(option) + "=" +
-           (option == "--color" ? "always" : "10");
+  } else if (option == "--color") {
+    return missingValue(option, "always");
   } else {
-    return "unknown option: " + displayedPath(option);
+    return readWatchOption(option, options);
   }
   return std::nullopt;
+}
+
+Problem readOption(Command command, std::string_view option, Options &options) {
+  switch (command) {
+    case Command::badges:
+      return readBadgesOption(option, options);
+    case Command::watch:
+      return readWatchOption(option, options);
+    default:
+      return unknownOption(option);
+  }
 }
 
 Result<Options> readCommandArguments(const CommandSyntax &syntax,
@@ -103,10 +128,7 @@ Result<Options> readCommandArguments(const CommandSyntax &syntax,
       options.action = Options::Action::showHelp;
       return options;
     } else {
-      const Problem problem = syntax.command == Command::badges
-                                  ? readBadgesOption(argument, options)
-                                  : "unknown option: " + displayedPath(argument);
-      if (problem) {
+      if (const Problem problem = readOption(syntax.command, argument, options)) {
         return Result<Options>::failure(*problem);
       }
     }

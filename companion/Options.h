@@ -10,7 +10,7 @@
 
 namespace companion {
 
-enum class Command { add, remove, list, badges, recover };
+enum class Command { add, remove, list, badges, watch, recover };
 
 struct Options {
   enum class Action { runCommand, showHelp, showVersion };
@@ -24,6 +24,8 @@ struct Options {
   bool isRecursive = false;
   bool showsTree = false;
   Colors colors = Colors::automatic;
+
+  // Of "badges" and "watch".
   std::chrono::seconds timeout{60};  // for which the extension may be silent
 };
 

@@ -40,19 +40,20 @@ void Output::writeLine(std::string_view line) {
   write(std::string(line) + "\n");
 }
 
-void Output::flush() {
+bool Output::flush() {
   if (error_ == 0) {
     error_ = writeAll(STDOUT_FILENO, held_);
   }
   held_.clear();
+  return error_ == 0;
 }
 
 bool Output::finish() {
-  flush();
-  if (error_ != 0) {
-    printError(std::string("standard output: ") + g_strerror(error_));
+  if (flush() || (error_ == EPIPE && mayReaderGo_)) {
+    return true;
   }
-  return error_ == 0;
+  printError(std::string("standard output: ") + g_strerror(error_));
+  return false;
 }
 
 void printError(std::string_view message) {

@@ -17,14 +17,18 @@ class Output {
   void write(std::string_view text);
   void writeLine(std::string_view line);
 
-  // Writes what is still held back. False, and the reason on standard error, if anything of all
-  // that was written got lost.
+  // Writes what is still held back. False if anything of all that was written got lost.
+  bool flush();
+
+  // From now on a reader that goes away has seen enough: what it does not read is not lost.
+  void letReaderGo() { mayReaderGo_ = true; }
+
+  // The same at the end of the program, with the reason on standard error.
   bool finish();
 
  private:
-  void flush();
-
   std::string held_;
+  bool mayReaderGo_ = false;
   int error_ = 0;  // the first error number
 };
 

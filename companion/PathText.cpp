@@ -1,5 +1,7 @@
 #include "companion/PathText.h"
 
+#include <algorithm>
+
 namespace companion {
 
 namespace {
@@ -70,20 +72,26 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
   return path;
 }
 
+std::string prefixOfFolder(std::string_view folder) {
+  return std::string(folder) + (folder.ends_with('/') ? "" : "/");
+}
+
 std::string joinedPath(std::string_view folder, std::string_view relative) {
-  std::string path(folder);
-  if (!relative.empty()) {
-    if (!path.ends_with('/')) {
-      path += '/';
-    }
-    path += relative;
-  }
-  return path;
+  return relative.empty() ? std::string(folder) : prefixOfFolder(folder).append(relative);
 }
 
 bool isAtOrBelow(std::string_view path, std::string_view folder) {
   return path.starts_with(folder) &&
          (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
+}
+
+bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders) {
+  return std::any_of(folders.begin(), folders.end(),
+                     [path](const std::string &folder) { return isAtOrBelow(path, folder); });
+}
+
+std::string badgeLine(std::string_view badge, std::string_view path) {
+  return std::string(badge.empty() ? "-" : badge) + "\t" + fieldOfPath(path);
 }
 
 }  // namespace companion

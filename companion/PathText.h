@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace companion {
 
@@ -17,10 +18,19 @@ std::string displayedPath(std::string_view path);
 // Without the slashes at its end; "/" stays "/".
 std::string_view withoutTrailingSlashes(std::string_view path);
 
+// What the paths of all items beneath the folder begin with, and no other's.
+std::string prefixOfFolder(std::string_view folder);
+
 // `relative` below `folder`; the folder itself if `relative` is empty.
 std::string joinedPath(std::string_view folder, std::string_view relative);
 
 // Whether the path is the folder or lies below it. Compares bytes; both must be standardised.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
+
+// The same of any of several folders.
+bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders);
+
+// How an item's badge is told to programs, without a newline; "-" stands for none.
+std::string badgeLine(std::string_view badge, std::string_view path);
 
 }  // namespace companion

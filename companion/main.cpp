@@ -19,6 +19,8 @@ ExitStatus runCommand(const Options &options, Output &output) {
       return listWorkingCopies(output);
     case Command::badges:
       return printBadges(options, output);
+    case Command::watch:
+      return watchBadges(options, output);
     case Command::recover:
       return recoverWorkingCopies(output);
   }

@@ -30,9 +30,17 @@ std::string joined(const std::vector<std::string> &arguments) {
 
 ObjectHandle<GSubprocess> startProcess(const std::vector<std::string> &arguments,
                                        const CommandOptions &options) {
-  const ObjectHandle<GSubprocessLauncher> launcher(
-      g_subprocess_launcher_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
-                                                              G_SUBPROCESS_FLAGS_STDERR_PIPE)));
+  const ObjectHandle<GSubprocessLauncher> launcher = launcherFor(options);
+  g_subprocess_launcher_set_flags(launcher.get(),
+                                  static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
+                                                                G_SUBPROCESS_FLAGS_STDERR_PIPE));
+  return spawn(launcher.get(), arguments);
+}
+
+}  // namespace
+
+ObjectHandle<GSubprocessLauncher> launcherFor(const CommandOptions &options) {
+  ObjectHandle<GSubprocessLauncher> launcher(g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_NONE));
   for (const auto &[name, value] : options.environment) {
     g_subprocess_launcher_setenv(launcher.get(), name.c_str(), value.c_str(), TRUE);
   }
@@ -42,6 +50,11 @@ ObjectHandle<GSubprocess> startProcess(const std::vector<std::string> &arguments
   if (!options.directory.empty()) {
     g_subprocess_launcher_set_cwd(launcher.get(), options.directory.c_str());
   }
+  return launcher;
+}
+
+ObjectHandle<GSubprocess> spawn(GSubprocessLauncher *launcher,
+                                const std::vector<std::string> &arguments) {
   std::vector<const char *> argv;
   argv.reserve(arguments.size() + 1);
   for (const std::string &argument : arguments) {
@@ -51,14 +64,12 @@ ObjectHandle<GSubprocess> startProcess(const std::vector<std::string> &arguments
 
   ErrorHandle error;
   ObjectHandle<GSubprocess> process(
-      g_subprocess_launcher_spawnv(launcher.get(), argv.data(), ErrorOut(error)));
+      g_subprocess_launcher_spawnv(launcher, argv.data(), ErrorOut(error)));
   if (process == nullptr) {
     throw std::runtime_error(joined(arguments) + ": " + error->message);
   }
   return process;
 }
-
-}  // namespace
 
 StartedCommand::StartedCommand(const std::vector<std::string> &arguments,
                                const CommandOptions &options)

@@ -19,6 +19,12 @@ struct CommandOptions {
   std::string directory;                           // the test's own if empty
 };
 
+// For those who start programs in a way of their own: a launcher with that environment and
+// directory, and a start that throws where there is no such program.
+platform::ObjectHandle<GSubprocessLauncher> launcherFor(const CommandOptions &options);
+platform::ObjectHandle<GSubprocess> spawn(GSubprocessLauncher *launcher,
+                                          const std::vector<std::string> &arguments);
+
 // Runs the program (looked up in PATH) without a shell and waits for it.
 CommandResult runCommand(const std::vector<std::string> &arguments,
                          const CommandOptions &options = {});

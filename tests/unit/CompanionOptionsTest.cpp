@@ -44,6 +44,17 @@ TEST(CompanionOptions, OfBadgesHaveDefaults) {
   EXPECT_EQ(options->timeout, std::chrono::seconds(60));
 }
 
+TEST(CompanionOptions, OfWatchAreTheTimeoutAlone) {
+  const auto options = optionsFromArguments({"watch", "--timeout=7", "x"});
+  ASSERT_TRUE(options) << options.reason();
+  EXPECT_EQ(options->command, Command::watch);
+  EXPECT_EQ(options->paths, Strings{"x"});
+  EXPECT_EQ(options->timeout, std::chrono::seconds(7));
+  EXPECT_EQ(problemWith({"watch", "--timeout"}), "--timeout needs a value, as in --timeout=10");
+  EXPECT_EQ(problemWith({"watch", "-R"}), "unknown option: -R");
+  EXPECT_EQ(problemWith({"watch", "--color=always"}), "unknown option: --color=always");
+}
+
 TEST(CompanionOptions, EndAtTwoHyphens) {
   const auto options = optionsFromArguments({"badges", "--", "-R", "--help"});
   ASSERT_TRUE(options) << options.reason();
@@ -63,7 +74,7 @@ TEST(CompanionOptions, OfferHelpOnTheProgramAndOnEachCommand) {
     ASSERT_TRUE(general);
     EXPECT_EQ(general->action, Options::Action::showHelp);
     EXPECT_EQ(general->command, std::nullopt);
-    for (const std::string command : {"add", "remove", "list", "badges", "recover"}) {
+    for (const std::string command : {"add", "remove", "list", "badges", "watch", "recover"}) {
       const auto options = optionsFromArguments({command, option});
       ASSERT_TRUE(options) << command;
       EXPECT_EQ(options->action, Options::Action::showHelp);

@@ -1,0 +1,11 @@
+// The session bus that the program was started in.
+#pragma once
+
+#include "platform/linux/GLibHandles.h"
+
+namespace companion {
+
+// Null and `error` if there is none. The program outlives the connection.
+platform::ObjectHandle<GDBusConnection> connectToSessionBus(platform::ErrorHandle &error);
+
+}  // namespace companion

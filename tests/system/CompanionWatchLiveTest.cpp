@@ -1,0 +1,65 @@
+// halvern watch with the real extension in a real working copy.
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <sstream>
+
+#include "tests/support/AnswerMonitor.h"
+#include "tests/support/ExtensionSession.h"
+#include "tests/support/RunningProgram.h"
+
+using testing::UnorderedElementsAre;
+
+using Strings = std::vector<std::string>;
+
+namespace {
+
+Strings linesOf(const std::string &text) {
+  Strings lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+// A watch on a clean working copy "wc" with one file, which knows all badges that there are.
+class CompanionWatchLive : public testing::Test {
+ protected:
+  CompanionWatchLive() {
+    wc_.addFile("file", "one\n");
+    EXPECT_EQ(session_.halvern({"add", "wc"}).status, 0);
+    CommandOptions options = session_.environment();
+    options.directory = session_.directory().path();
+    watch_.emplace(Strings{ExtensionSession::halvernProgram(), "watch", "wc"}, options);
+    EXPECT_TRUE(monitor_.waitForAnswer(wc_ / "file"));
+  }
+
+  void killExtension() const {
+    const platform::ObjectHandle<GDBusConnection> connection = session_.bus().connect();
+    const platform::VariantHandle reply(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetConnectionUnixProcessID", g_variant_new("(s)", "com.morvane.v3.finder"),
+        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    ASSERT_NE(reply, nullptr);
+    guint32 process = 0;
+    g_variant_get(reply.get(), "(u)", &process);
+    kill(static_cast<pid_t>(process), SIGKILL);
+  }
+
+  const ExtensionSession session_;
+  const WorkingCopy wc_{session_.directory()};
+  AnswerMonitor monitor_{session_.bus()};
+  std::optional<RunningProgram> watch_;
+};
+
+}  // namespace
+
+TEST_F(CompanionWatchLive, StartsTheExtensionAgainAndPrintsWhatHasChangedMeanwhile) {
+  writeFile(wc_ / "file", "another\n");
+  killExtension();
+  EXPECT_EQ(watch_->readErrorLines(), "halvern: the extension has ended; starting it again\n");
+  EXPECT_THAT(linesOf(watch_->readLines(2)),
+              UnorderedElementsAre("modified\twc", "modified\twc/file"));
+}
