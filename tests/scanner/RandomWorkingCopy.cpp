@@ -45,6 +45,8 @@ RandomWorkingCopy::RandomWorkingCopy(const TemporaryDirectory &directory, unsign
       repositoryURL_("file://" + base_ + "/repository"),
       random_(seed) {
   runSuccessfully({"svnadmin", "create", base_ + "/repository"});
+  fs::create_directory_symlink("repository", base_ + "/same repository");
+  fs::create_directory(base_ + "/outside");
   const std::string import = base_ + "/import";
   for (const std::string &file : firstFiles()) {
     writeFile(import + "/trunk/" + file, "first line\nsecond line\n");
@@ -105,6 +107,16 @@ void RandomWorkingCopy::change() {
   (this->*steps[below(steps.size())])();
 }
 
+void RandomWorkingCopy::rearrange() {
+  using Self = RandomWorkingCopy;
+  static constexpr std::array steps = {
+      &Self::renameOnDisk, &Self::renameOnDisk,    &Self::moveOut,       &Self::moveIn,
+      &Self::moveIn,       &Self::createManyFiles, &Self::editManyFiles, &Self::cleanUp,
+      &Self::relocate,     &Self::revertAll,       &Self::updateAll,     &Self::commitAll,
+  };
+  (this->*steps[below(steps.size())])();
+}
+
 std::string RandomWorkingCopy::status(const std::vector<std::string> &arguments) const {
   std::vector<std::string> command = {"svn", "status", "--config-dir", base_ + "/configuration"};
   command.insert(command.end(), arguments.begin(), arguments.end());
@@ -155,7 +167,7 @@ std::string RandomWorkingCopy::anyEntry() {
   return entryThatIs(true, true);
 }
 
-void RandomWorkingCopy::run(const std::string &directory, std::vector<std::string> arguments) {
+bool RandomWorkingCopy::run(const std::string &directory, std::vector<std::string> arguments) {
   std::string line = "svn";
   for (const std::string &argument : arguments) {
     line += " '" + argument + "'";
@@ -164,10 +176,11 @@ void RandomWorkingCopy::run(const std::string &directory, std::vector<std::strin
                    {"svn", "--non-interactive", "--config-dir", base_ + "/configuration"});
   const CommandResult result = runCommand(arguments, commandOptions(directory));
   note(line + (result.status == 0 ? "" : " failed: " + result.errors));
+  return result.status == 0;
 }
 
-void RandomWorkingCopy::svn(std::vector<std::string> arguments) {
-  run(path_, std::move(arguments));
+bool RandomWorkingCopy::svn(std::vector<std::string> arguments) {
+  return run(path_, std::move(arguments));
 }
 
 void RandomWorkingCopy::svnElsewhere(std::vector<std::string> arguments) {
@@ -393,4 +406,80 @@ void RandomWorkingCopy::makeSparse() {
 
 void RandomWorkingCopy::commit() {
   svn({"commit", "--quiet", "-m", "a commit of the test", target(anyEntry())});
+}
+
+void RandomWorkingCopy::renameOnDisk() {
+  const std::string entry = anyEntry();
+  const std::string newEntry = anyFolder() + "/" + newName();
+  std::error_code error;
+  fs::rename(path_ + "/" + entry, path_ + "/" + newEntry, error);
+  note("mv " + entry + " " + newEntry + (error ? " failed" : ""));
+}
+
+void RandomWorkingCopy::moveOut() {
+  const std::string entry = anyEntry();
+  if (entry != ".") {
+    note("mv " + entry + " out of it");
+    fs::rename(path_ + "/" + entry, base_ + "/outside/" + newName());
+  }
+}
+
+// A tree that is full before it comes.
+void RandomWorkingCopy::moveIn() {
+  const std::string name = newName();
+  for (const std::string &file : firstFiles()) {
+    writeFile(base_ + "/outside/" + name + "/inner/" + file, newText());
+  }
+  const std::string folder = anyFolder();
+  note("mv a tree to " + folder + "/" + name);
+  fs::rename(base_ + "/outside/" + name, path_ + "/" + folder + "/" + name);
+}
+
+// More than one message about them names.
+void RandomWorkingCopy::createManyFiles() {
+  constexpr int count = 600;
+  const std::string folder = anyFolder() + "/" + newName();
+  note("create " + std::to_string(count) + " files in " + folder);
+  for (int i = 0; i < count; ++i) {
+    writeFile(path_ + "/" + folder + "/" + std::to_string(i), "");
+  }
+  if (below(2) == 0) {
+    svn({"add", "--quiet", target(folder)});
+  }
+}
+
+void RandomWorkingCopy::editManyFiles() {
+  note("edit all files");
+  const std::string text = newText();
+  for (const auto &entry : fs::recursive_directory_iterator(path_)) {
+    if (entry.is_regular_file() && !entry.is_symlink() &&
+        entry.path().string().find("/.svn/") == std::string::npos) {
+      writeFile(entry.path(), text);
+    }
+  }
+}
+
+void RandomWorkingCopy::cleanUp() {
+  svn({"cleanup"});
+}
+
+void RandomWorkingCopy::relocate() {
+  const std::string first = "file://" + base_ + "/repository";
+  const std::string second = "file://" + base_ + "/same%20repository";
+  const std::string &other = repositoryURL_ == first ? second : first;
+  if (svn({"relocate", repositoryURL_, other})) {
+    repositoryURL_ = other;
+  }
+}
+
+void RandomWorkingCopy::revertAll() {
+  svn({"revert", "--quiet", "--recursive", "."});
+}
+
+void RandomWorkingCopy::updateAll() {
+  svn({"update", "--quiet", "--accept", "postpone"});
+}
+
+void RandomWorkingCopy::commitAll() {
+  svn({"commit", "--quiet", "-m", "a commit of the test"});
 }

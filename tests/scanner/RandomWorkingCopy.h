@@ -18,6 +18,10 @@ class RandomWorkingCopy {
   // fails and leaves whatever it leaves.
   void change();
 
+  // The same of what matters to those who follow along: trees that come, go and get other names,
+  // many files at once, and commands that change nothing or everything.
+  void rearrange();
+
   // The output of `svn status` with these further arguments; throws if it fails.
   std::string status(const std::vector<std::string> &arguments = {}) const;
 
@@ -38,9 +42,9 @@ class RandomWorkingCopy {
   std::string anyEntry();
   std::string entryThatIs(bool mayBeFile, bool mayBeFolder);
 
-  void svn(std::vector<std::string> arguments);
+  bool svn(std::vector<std::string> arguments);
   void svnElsewhere(std::vector<std::string> arguments);
-  void run(const std::string &directory, std::vector<std::string> arguments);
+  bool run(const std::string &directory, std::vector<std::string> arguments);
   void note(const std::string &text) { history_ += text + "\n"; }
 
   void editFile();
@@ -76,10 +80,21 @@ class RandomWorkingCopy {
   void makeSparse();
   void commit();
 
+  void renameOnDisk();
+  void moveOut();
+  void moveIn();
+  void createManyFiles();
+  void editManyFiles();
+  void cleanUp();
+  void relocate();
+  void revertAll();
+  void updateAll();
+  void commitAll();
+
   const std::string base_;
   const std::string path_;
   const std::string otherPath_;
-  std::string repositoryURL_;
+  std::string repositoryURL_;  // one of the two that there are
   std::mt19937 random_;
   unsigned names_ = 0;
   std::string history_;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <set>
 #include <sstream>
 
 #include "tests/support/AnswerMonitor.h"
@@ -62,4 +63,24 @@ TEST_F(CompanionWatchLive, StartsTheExtensionAgainAndPrintsWhatHasChangedMeanwhi
   EXPECT_EQ(watch_->readErrorLines(), "halvern: the extension has ended; starting it again\n");
   EXPECT_THAT(linesOf(watch_->readLines(2)),
               UnorderedElementsAre("modified\twc", "modified\twc/file"));
+}
+
+TEST_F(CompanionWatchLive, PrintsAnEditAndTheCommitThatTouchesNoItem) {
+  writeFile(wc_ / "file", "another\n");
+  EXPECT_THAT(linesOf(watch_->readLines(2)),
+              UnorderedElementsAre("modified\twc", "modified\twc/file"));
+  wc_.commit();
+  EXPECT_THAT(linesOf(watch_->readLines(2)), UnorderedElementsAre("-\twc", "-\twc/file"));
+}
+
+TEST_F(CompanionWatchLive, PrintsEachOfMoreItemsThanAChangeNames) {
+  constexpr int count = 1'000;
+  std::set<std::string> expected = {"modified\twc"};
+  for (int i = 0; i < count; ++i) {
+    const std::string name = "new " + std::to_string(i);
+    writeFile(wc_ / name, "");
+    expected.insert("unversioned\twc/" + name);
+  }
+  const Strings lines = linesOf(watch_->readLines(expected.size()));
+  EXPECT_EQ(std::set<std::string>(lines.begin(), lines.end()), expected);
 }

@@ -235,6 +235,20 @@ TEST_F(CompanionWatch, AsksAnewWhenTheExtensionComesBackAndPrintsOnlyWhatDiffers
   EXPECT_THAT(extension_->requests().front(), Contains(wc_));
 }
 
+TEST(CompanionWatchAlone, EndsWithTheSessionBus) {
+  PrivateBus bus;
+  const ExtensionStandIn extension(bus, {});
+  CommandOptions options;
+  options.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+  RunningProgram watch({ExtensionSession::halvernProgram(), "watch"}, options);
+  EXPECT_EQ(watch.readErrorLines(),
+            "halvern: no working copies are listed; add one with: halvern add PATH\n");
+  bus.stop();
+  const CommandResult end = watch.waitForEnd();
+  EXPECT_EQ(end.status, 1);
+  EXPECT_EQ(end.errors, "halvern: the session bus has ended\n");
+}
+
 TEST_F(CompanionWatch, FailsWhereTheExtensionCannotBeReachedAtTheStart) {
   extension_.reset();
   RunningProgram watch = this->watch();

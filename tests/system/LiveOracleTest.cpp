@@ -1,0 +1,118 @@
+// The whole system at work: what a file manager shows of a working copy in which things happen,
+// compared with what a fresh `svn status` says once they have happened.
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "tests/scanner/RandomWorkingCopy.h"
+#include "tests/scanner/StatusOracle.h"
+#include "tests/support/ExtensionSession.h"
+#include "tests/support/FileManagerClient.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using BadgeByPath = std::map<std::string, std::string>;
+
+constexpr unsigned sequences = 4;
+constexpr int stepsPerSequence = 5;
+constexpr unsigned greatestBurst = 12;  // changes in one step
+constexpr unsigned defaultSeed = 20261;
+
+unsigned firstSeed() {
+  const char *seed = std::getenv("HALVERN_SEED");
+  return seed == nullptr ? defaultSeed : static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
+}
+
+// As a file manager lists them, all folders open.
+std::set<std::string> itemsOnDisk(const std::string &root) {
+  std::set<std::string> paths = {root};
+  std::error_code error;
+  for (auto entry = fs::recursive_directory_iterator(root, error);
+       !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+    if (entry->path().filename() == ".svn") {
+      entry.disable_recursion_pending();
+    } else {
+      paths.insert(entry->path());
+    }
+  }
+  return paths;
+}
+
+// Empty if they agree.
+std::string differences(const BadgeByPath &shown, const BadgeByPath &expected) {
+  const auto badgeIn = [](const BadgeByPath &badges, const std::string &path) {
+    const auto found = badges.find(path);
+    return found == badges.end() ? std::string("-") : found->second;
+  };
+  BadgeByPath all = shown;
+  all.insert(expected.begin(), expected.end());
+  std::string text;
+  for (const auto &[path, badge] : all) {
+    if (badgeIn(shown, path) != badgeIn(expected, path)) {
+      text += badgeIn(shown, path) + " instead of " + badgeIn(expected, path) + ": " + path + "\n";
+    }
+  }
+  return text;
+}
+
+// A file manager that shows all of a working copy.
+class LiveOracle : public testing::TestWithParam<unsigned> {
+ protected:
+  LiveOracle() {
+    // The extension and the command see the same Subversion configuration.
+    fs::create_directories(session_.sharedPath());
+    fs::create_directory_symlink(directory_ / "configuration",
+                                 session_.sharedPath("SubversionConfig"));
+    EXPECT_EQ(session_.halvern({"add", workingCopy_.path()}).status, 0);
+  }
+
+  // One change, or many without a pause.
+  void change() {
+    const std::size_t count = random_() % 2 == 0 ? 1 : 1 + random_() % greatestBurst;
+    for (std::size_t i = 0; i < count; ++i) {
+      random_() % 3 == 0 ? workingCopy_.rearrange() : workingCopy_.change();
+    }
+  }
+
+  // Lists the folders anew, and besides what only Subversion knows of; then waits until what is
+  // shown is right, and sees that it stays so.
+  void compare() {
+    const OracleBadges oracle =
+        badgesByStatusCommand(workingCopy_.path(), workingCopy_.status({"--xml"}));
+    std::set<std::string> items = itemsOnDisk(workingCopy_.path());
+    for (const auto &[path, badge] : oracle.badges) {
+      items.insert(path);
+    }
+    client_.show(items);
+    client_.waitUntil(
+        [&] { return client_.isSettled() && client_.badgeByPath() == oracle.badges; });
+    client_.catchUp();
+    EXPECT_EQ(differences(client_.badgeByPath(), oracle.badges), "");
+    EXPECT_EQ(client_.counts().refusedCalls, 0U);
+  }
+
+  const unsigned seed_ = firstSeed() + GetParam();
+  const TemporaryDirectory directory_;
+  RandomWorkingCopy workingCopy_{directory_, seed_};
+  const ExtensionSession session_;
+  FileManagerClient client_{session_.bus()};
+  std::mt19937 random_{seed_};
+};
+
+}  // namespace
+
+TEST_P(LiveOracle, WhatIsShownBecomesWhatAFreshStatusRunSays) {
+  compare();
+  for (int step = 0; step < stepsPerSequence && !HasFailure(); ++step) {
+    change();
+    compare();
+  }
+  EXPECT_FALSE(HasFailure()) << "svn status:\n"
+                             << workingCopy_.status() << "HALVERN_SEED=" << seed_
+                             << " fails in the first sequence, after\n"
+                             << workingCopy_.history();
+}
+
+INSTANTIATE_TEST_SUITE_P(Sequences, LiveOracle, testing::Range(0U, sequences));
