@@ -33,9 +33,8 @@ CommandOptions environmentBelow(const TemporaryDirectory &directory, bool hasHom
   return options;
 }
 
-// A descriptor that becomes readable when the owner of the extension's name ends; -1 if nothing
-// owns it.
-int descriptorOfExtension(const PrivateBus &bus) {
+// The owner of the extension's name; -1 if there is none.
+pid_t processOfExtension(const PrivateBus &bus) {
   const ObjectHandle<GDBusConnection> connection = bus.connect();
   const VariantHandle reply(g_dbus_connection_call_sync(
       connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
@@ -46,7 +45,14 @@ int descriptorOfExtension(const PrivateBus &bus) {
   }
   guint32 process = 0;
   g_variant_get(reply.get(), "(u)", &process);
-  return static_cast<pid_t>(process) == getpid() ? -1 : pidfd_open(static_cast<pid_t>(process), 0);
+  return static_cast<pid_t>(process);
+}
+
+// A descriptor that becomes readable when the owner of the extension's name ends; -1 if nothing
+// owns it.
+int descriptorOfExtension(const PrivateBus &bus) {
+  const pid_t process = processOfExtension(bus);
+  return process < 0 || process == getpid() ? -1 : pidfd_open(process, 0);
 }
 
 }  // namespace
@@ -100,6 +106,10 @@ std::string ExtensionSession::halvernProgram() {
 
 std::string ExtensionSession::extensionProgram() {
   return HALVERN_FINDER_SYNC_PROGRAM;
+}
+
+pid_t ExtensionSession::extensionProcess() const {
+  return processOfExtension(bus_);
 }
 
 CommandOptions ExtensionSession::environment() const {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 #include "platform/PropertyList.h"
@@ -44,6 +45,9 @@ class ExtensionSession {
   static std::string halvernProgram();
   static std::string extensionProgram();
   CommandOptions environment() const;
+
+  // The process that has the extension's name; -1 if none has.
+  pid_t extensionProcess() const;
 
   // Files in the directory that companion and extension share.
   std::string sharedPath(std::string_view name = "") const;

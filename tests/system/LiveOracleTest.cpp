@@ -8,12 +8,11 @@
 #include "tests/scanner/StatusOracle.h"
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/FileManagerClient.h"
+#include "tests/system/ShownItems.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-using BadgeByPath = std::map<std::string, std::string>;
 
 constexpr unsigned sequences = 4;
 constexpr int stepsPerSequence = 5;
@@ -23,38 +22,6 @@ constexpr unsigned defaultSeed = 20261;
 unsigned firstSeed() {
   const char *seed = std::getenv("HALVERN_SEED");
   return seed == nullptr ? defaultSeed : static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
-}
-
-// As a file manager lists them, all folders open.
-std::set<std::string> itemsOnDisk(const std::string &root) {
-  std::set<std::string> paths = {root};
-  std::error_code error;
-  for (auto entry = fs::recursive_directory_iterator(root, error);
-       !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    if (entry->path().filename() == ".svn") {
-      entry.disable_recursion_pending();
-    } else {
-      paths.insert(entry->path());
-    }
-  }
-  return paths;
-}
-
-// Empty if they agree.
-std::string differences(const BadgeByPath &shown, const BadgeByPath &expected) {
-  const auto badgeIn = [](const BadgeByPath &badges, const std::string &path) {
-    const auto found = badges.find(path);
-    return found == badges.end() ? std::string("-") : found->second;
-  };
-  BadgeByPath all = shown;
-  all.insert(expected.begin(), expected.end());
-  std::string text;
-  for (const auto &[path, badge] : all) {
-    if (badgeIn(shown, path) != badgeIn(expected, path)) {
-      text += badgeIn(shown, path) + " instead of " + badgeIn(expected, path) + ": " + path + "\n";
-    }
-  }
-  return text;
 }
 
 // A file manager that shows all of a working copy.
