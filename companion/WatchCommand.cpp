@@ -39,16 +39,16 @@ class WatchSession {
       printError(*failure);
       return exitFailed;
     }
-    while (!hasToEnd()) {
+    while (!isOver()) {
       failure = follow();
-      if (isBusGone()) {
-        printError("the session bus has ended");
-        return exitFailed;
-      }
-      if (failure && !hasToEnd()) {
+      if (failure && !isOver()) {
         printError(*failure);
         reachAgain();
       }
+    }
+    if (!hasToEnd()) {
+      printError("the session bus has ended");
+      return exitFailed;
     }
     return exitDone;
   }
@@ -57,7 +57,7 @@ class WatchSession {
   using Unreadable = decltype(ItemsBeneath::unreadable);
 
   bool hasToEnd() const { return interruption_.isThere() || !isOutputOpen_; }
-  bool isBusGone() const { return g_dbus_connection_is_closed(bus_) != FALSE; }
+  bool isOver() const { return hasToEnd() || g_dbus_connection_is_closed(bus_) != FALSE; }
 
   void print(const std::string &badge, const std::string &name) {
     output_.writeLine(badgeLine(badge, name));
@@ -101,6 +101,7 @@ class WatchSession {
   }
 
   // Returns when it has to end, or with the reason why nothing comes from this process any more.
+  // There must be one.
   Failure follow() {
     MainLoopWait wait;
     while (!hasToEnd()) {
@@ -116,11 +117,10 @@ class WatchSession {
     return std::nullopt;
   }
 
-  // Only a process that has answered everything ends the doubling of the delays.
+  // Returns when there is a process that has answered everything, or when all is over.
   void reachAgain() {
     RestartDelay delay;
     MainLoopWait wait;
-    const auto isOver = [this] { return hasToEnd() || isBusGone(); };
     for (Failure failure = endedMessage; failure && !isOver();) {
       client_.reset();
       isThereNewOwner_ = false;

@@ -249,6 +249,22 @@ TEST(CompanionWatchAlone, EndsWithTheSessionBus) {
   EXPECT_EQ(end.errors, "halvern: the session bus has ended\n");
 }
 
+TEST(CompanionWatchAlone, EndsWithTheSessionBusAlsoWhileItWaitsForTheExtension) {
+  PrivateBus bus;
+  std::optional<ExtensionStandIn> extension;
+  extension.emplace(bus, Strings{});
+  CommandOptions options;
+  options.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+  RunningProgram watch({ExtensionSession::halvernProgram(), "watch"}, options);
+  watch.readErrorLines();
+  extension.reset();
+  EXPECT_EQ(watch.readErrorLines(), "halvern: the extension has ended; starting it again\n");
+  bus.stop();
+  const CommandResult end = watch.waitForEnd();
+  EXPECT_EQ(end.status, 1);
+  EXPECT_EQ(end.errors, "halvern: the session bus has ended\n");
+}
+
 TEST_F(CompanionWatch, FailsWhereTheExtensionCannotBeReachedAtTheStart) {
   extension_.reset();
   RunningProgram watch = this->watch();
