@@ -135,8 +135,8 @@ TEST_F(LiveStorm, EventsThatTheKernelLosesWhileTheExtensionIsStopped) {
     std::ofstream(wc / ("scratch" + std::to_string(i))) << i;
     fs::remove(wc / ("scratch" + std::to_string(i)));
   }
-  writeFile(wc / "folder/deeper/file.txt", "edited\n");
   wc.addFile("new/deep/file.txt", "text\n");
+  writeFile(wc / "folder/deeper/file.txt", "edited\n");
   writeFile(wc / "unversioned/file.txt", "");
   kill(extension, SIGCONT);
   EXPECT_EQ(wrongBadges(), "");
