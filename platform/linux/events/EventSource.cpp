@@ -90,8 +90,8 @@ void EventSource::turn() {
 void EventSource::makeTrees(std::unique_ptr<Inotify> inotify) {
   const WatchLimit limit = currentWatchLimit();
   WatchedTrees::Callbacks callbacks;
-  callbacks.report = [this](const std::string &rootPath, std::string path) {
-    gathered_.add(rootPath, std::move(path), Clock::now());
+  callbacks.report = [this](const std::string &rootPath, const std::string &path) {
+    gathered_.add(rootPath, path, Clock::now());
   };
   callbacks.limitReached = [log = settings_.log, limit] { log->noteWatchLimit(limit); };
   trees_ = std::make_unique<WatchedTrees>(std::move(inotify), settings_.rootPaths,

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <string>
 #include <unordered_set>
-#include <utility>
 #include <vector>
 
 namespace platform {
@@ -18,12 +17,11 @@ class GatheredPaths {
   // which says no less: whoever is told looks at the whole tree again.
   static constexpr std::size_t greatestCount = 4096;
 
-  void add(const std::string &rootPath, std::string path, TimePoint now) {
+  void add(const std::string &rootPath, const std::string &path, TimePoint now) {
     if (order_.empty()) {
       first_ = now;
     }
-    const auto [entry, isNew] =
-        paths_.insert(order_.size() < greatestCount ? std::move(path) : rootPath);
+    const auto [entry, isNew] = paths_.insert(order_.size() < greatestCount ? path : rootPath);
     if (isNew) {
       order_.push_back(&*entry);
     }

@@ -23,7 +23,7 @@ void Inotify::removeWatch(int watch) {
 
 std::size_t Inotify::readEvents(const std::function<bool(const Event &event)> &visit) {
   // Some 2,000 events at a time.
-  alignas(inotify_event) std::array<char, 64 << 10> buffer;
+  alignas(inotify_event) std::array<char, 64 << 10> buffer{};
   std::size_t count = 0;
   for (;;) {
     const ssize_t length = read(descriptor_, buffer.data(), buffer.size());

@@ -105,7 +105,7 @@ void WatchedTrees::handle(const Inotify::Event &event) {
 
 void WatchedTrees::handleInDirectory(const Inotify::Event &event, WatchedDirectory &directory) {
   Root &root = roots_[directory.tree];
-  std::string path = entryPath(trees_.path(directory), event.name);
+  const std::string path = entryPath(trees_.path(directory), event.name);
   if (root.ownFiles.contains(path)) {
     return;
   }
@@ -275,7 +275,7 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
     if (!isFolder && !isNew) {
       continue;
     }
-    std::string entryPathText = entryPath(path, name);
+    const std::string entryPathText = entryPath(path, name);
     if (root.ownFiles.contains(entryPathText)) {
       continue;
     }
@@ -283,7 +283,7 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
       adopt(directory, name, opened >= 0 ? entryPath(openedPath, name) : entryPathText, isNew);
     }
     if (isNew) {
-      reportEntry(root, std::move(entryPathText), isFolder);
+      reportEntry(root, entryPathText, isFolder);
     }
   }
 }
@@ -401,11 +401,8 @@ bool WatchedTrees::isUsed(int watch) const {
   return trees_.hasWatch(watch) || roads_.contains(watch);
 }
 
-void WatchedTrees::reportEntry(const Root &root, std::string path, bool isDirectory) const {
-  if (isDirectory) {
-    path += '/';
-  }
-  callbacks_.report(root.path, std::move(path));
+void WatchedTrees::reportEntry(const Root &root, const std::string &path, bool isDirectory) const {
+  callbacks_.report(root.path, isDirectory ? path + "/" : path);
 }
 
 }  // namespace platform

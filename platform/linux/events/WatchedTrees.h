@@ -34,7 +34,7 @@ class WatchedTrees {
   struct Callbacks {
     // A change at the path, in the tree of that root. A folder's path ends in "/", a root's does
     // not.
-    std::function<void(const std::string &rootPath, std::string path)> report;
+    std::function<void(const std::string &rootPath, const std::string &path)> report;
 
     // A directory could not be watched, because the kernel or our share allows no more watches.
     std::function<void()> limitReached;
@@ -87,7 +87,7 @@ class WatchedTrees {
   };
   struct Leaving {
     DirectoryTrees::Detached directory;
-    std::uint64_t batch;
+    std::uint64_t batch = 0;
   };
 
   void handle(const Inotify::Event &event);
@@ -115,7 +115,7 @@ class WatchedTrees {
   int takeWatch(const std::string &path, std::uint32_t mask);
   void release(const std::vector<int> &watches);
   bool isUsed(int watch) const;
-  void reportEntry(const Root &root, std::string path, bool isDirectory) const;
+  void reportEntry(const Root &root, const std::string &path, bool isDirectory) const;
 
   const std::unique_ptr<Inotify> inotify_;
   const std::uint64_t watchShare_;
