@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/FileManager.h"
 #include "platform/Paths.h"
@@ -79,8 +80,12 @@ class FakePosixAccess final : public PosixAccess {
 class FakePaths final : public Paths {
  public:
   std::string standardizedPath(std::string_view path) const override {
+    standardized.emplace_back(path);
     return lexicallyStandardizedPath(path, "/home/tester");
   }
+
+  // What was asked for, in that order.
+  mutable std::vector<std::string> standardized;
 };
 
 }  // namespace platform::testing

@@ -22,6 +22,7 @@ void RecordingNotificationCenter::deliver(const std::string &name) {
 void RecordingFinderSyncController::setDirectoryURLs(const FileURLSet &urls) {
   journal_.note("set directories");
   directoryURLs.push_back(urls);
+  whileSettingDirectories();
 }
 
 void RecordingFinderSyncController::setBadgeImage(const Image &image, std::string_view label,

@@ -48,6 +48,8 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
     Image image;
   };
 
+  std::function<void()> whileSettingDirectories = [] {};
+
   std::vector<FileURLSet> directoryURLs;                    // one for each call
   std::vector<BadgeImage> badgeImages;                      // in order of registration
   std::vector<std::pair<std::string, std::string>> badges;  // url text, identifier

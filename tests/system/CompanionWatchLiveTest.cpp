@@ -38,15 +38,9 @@ class CompanionWatchLive : public testing::Test {
   }
 
   void killExtension() const {
-    const platform::ObjectHandle<GDBusConnection> connection = session_.bus().connect();
-    const platform::VariantHandle reply(g_dbus_connection_call_sync(
-        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "GetConnectionUnixProcessID", g_variant_new("(s)", "com.morvane.v3.finder"),
-        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    ASSERT_NE(reply, nullptr);
-    guint32 process = 0;
-    g_variant_get(reply.get(), "(u)", &process);
-    kill(static_cast<pid_t>(process), SIGKILL);
+    const pid_t process = session_.extensionProcess();
+    ASSERT_GT(process, 0);
+    kill(process, SIGKILL);
   }
 
   const ExtensionSession session_;

@@ -19,7 +19,7 @@ class LiveFixture : public ::testing::Test {
   void listAndWatch();
 
   // Shows these items, and the folders and items that `svn status` names; then waits until each has
-  // the badge that a fresh status run gives it, and sees that it stays so. Empty if it is so.
+  // the badge that a fresh status run gives it. Empty if it is so.
   std::string wrongBadges(std::set<std::string> items);
   std::string wrongBadges() { return wrongBadges(itemsOnDisk(wc.path())); }
 

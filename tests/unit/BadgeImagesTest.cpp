@@ -59,11 +59,6 @@ class BadgeImages : public RegistryFixture {
   Rect fitRectangle() const { return drawing.drawnImages.at(0).destination; }
   std::optional<Rect> cropRectangle() const { return drawing.drawnImages.at(1).source; }
 
-  // What the principal object takes for the shared registry.
-  KTRFinderSync::SharedWorkingCopies sharedRegistry() {
-    return [this]() -> KTRFinderSyncWorkingCopies & { return registry; };
-  }
-
   RasterDrawing &drawing = fakes.rasterDrawing;
   KTRFinderSync finderSync{fakes.services, sharedRegistry()};
   FinderSyncPeer images{finderSync};

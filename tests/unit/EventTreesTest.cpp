@@ -57,6 +57,21 @@ TEST(DirectoryTrees, DroppingGivesTheWatchesThatNobodyUsesAnyMore) {
   EXPECT_EQ(trees.size(), 0U);
 }
 
+TEST(DirectoryTrees, ATreeMayBeDeeperThanAnyStack) {
+  constexpr int depth = 500'000;
+  DirectoryTrees trees({"/wc"});
+  WatchedDirectory *directory = &trees.insertTop(0, 0);
+  for (int watch = 1; watch < depth; ++watch) {
+    directory = &trees.insertChild(*directory, "d", watch);
+  }
+  int visited = 0;
+  DirectoryTrees::visit(*trees.top(0), [&visited](const WatchedDirectory &) { ++visited; });
+  EXPECT_EQ(visited, depth);
+  EXPECT_EQ(trees.path(*directory).size(), std::string("/wc").size() + 2 * (depth - 1));
+  EXPECT_THAT(trees.drop(*trees.top(0)), SizeIs(depth));
+  EXPECT_EQ(trees.size(), 0U);
+}
+
 TEST(DirectoryTrees, ADirectoryIsAtOrBelowItselfAndWhatItIsIn) {
   DirectoryTrees trees({"/wc"});
   WatchedDirectory &top = trees.insertTop(0, 1);

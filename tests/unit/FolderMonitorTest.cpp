@@ -174,6 +174,11 @@ TEST_F(FolderMonitor, AnEventInsideNestedRootsIsCreditedToTheOutermost) {
   EXPECT_THAT(deliveries, ElementsAre(Delivery{"file:///a/", {"file:///a/b/c"}}));
 }
 
+TEST_F(FolderMonitor, RootsAreSortedByTheirPathsAndNotByTheTextsOfTheirURLs) {
+  watch({"file:///a/", "file:///a-b/", "file:///%41/"});
+  EXPECT_THAT(fakes.eventStreams.requests.back().paths, ElementsAre("/A", "/a", "/a-b"));
+}
+
 TEST_F(FolderMonitor, ARootThatIsTheFileSystemsMatchesOnlyItself) {
   watch({"file:///"});
   report({"/a", "/a/b"});

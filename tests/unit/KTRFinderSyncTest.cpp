@@ -16,10 +16,7 @@ class FinderSync : public RegistryFixture {
     publish(1, {entry("A", "app")});
   }
 
-  KTRFinderSync make() {
-    return KTRFinderSync(
-        fakes.services, [this]() -> auto & { return registry; });
-  }
+  KTRFinderSync make() { return KTRFinderSync(fakes.services, sharedRegistry()); }
 };
 
 TEST_F(FinderSync, StartUpRegistersTheBadgesLoadsTheManifestPublishesTheRootsAndWatchesThem) {
@@ -55,6 +52,21 @@ TEST_F(FinderSync, TheRegistryIsTakenBeforeTheMonitorIsMadeAndItsCallbackIsThere
   EXPECT_THAT(queuesWhenTaken, ElementsAre(statusQueue));
   EXPECT_THAT(fakes.queues.labels(),
               ElementsAre(statusQueue, "com.morvane.finder-sync.folder-monitor"));
+}
+
+TEST_F(FinderSync, TheRootsAreReadAnewForTheMonitorAfterTheyWerePublished) {
+  constexpr const char *monitorQueue = "com.morvane.finder-sync.folder-monitor";
+  fakes.finderSyncController.whileSettingDirectories = [&] {
+    EXPECT_EQ(fakes.queues.dueCount(monitorQueue), 0U) << "the monitor has been told before";
+    fakes.bookmarks.paths["other"] = "/other";
+    publish(2, {entry("B", "other")});
+    registry.reloadManifest();
+  };
+  const KTRFinderSync finderSync = make();
+  fakes.finderSyncController.whileSettingDirectories = [] {};
+  fakes.queues.runUntilIdle(monitorQueue);
+  ASSERT_THAT(fakes.eventStreams.requests, SizeIs(1));
+  EXPECT_THAT(fakes.eventStreams.requests.front().paths, ElementsAre("/other"));
 }
 
 TEST_F(FinderSync, AFirstReloadThatFindsRootsSetsTheSameDirectoriesOnceMore) {
@@ -96,6 +108,7 @@ TEST_F(FinderSync, BeginningToObserveScansTheWorkingCopyAndSetsNoBadge) {
   KTRFinderSync finderSync = make();
   scanner.nodes["/wc"] = {{"/wc/d/f", svn_wc_status_modified}};
   finderSync.beginObservingDirectoryAtURL(FileURL::fromPath("/wc/d", true));
+  EXPECT_EQ(fakes.paths.standardized.back(), "/wc/d/.");
   fakes.queues.runUntilIdle();
   EXPECT_THAT(scanner.targets, ElementsAre("/wc"));
   EXPECT_THAT(fakes.finderSyncController.badges, IsEmpty());
@@ -136,12 +149,8 @@ class ChangedWorkingCopy : public FinderSync {
     return urls;
   }
 
-  std::optional<KTRFinderSync> finderSync{std::in_place,
-                                          fakes.services, [this]() -> auto &{return registry;
-}
-};  // namespace
-}
-;
+  std::optional<KTRFinderSync> finderSync{std::in_place, fakes.services, sharedRegistry()};
+};
 
 TEST_F(ChangedWorkingCopy, IsShownAnewTwoSecondsAfterTheLastEvent) {
   fakes.eventStreams.deliver({"/wc/a"});
@@ -152,10 +161,13 @@ TEST_F(ChangedWorkingCopy, IsShownAnewTwoSecondsAfterTheLastEvent) {
 }
 
 TEST_F(ChangedWorkingCopy, WithNothingListedShowsTheRootAloneFromAFreshScan) {
+  fakes.eventStreams.deliver({"/wc/.svn/wc.db"});
+  fakes.queues.advance(std::chrono::milliseconds(1500));
   EXPECT_EQ(badge("/wc"), "");
+  ASSERT_THAT(scanner.targets, SizeIs(1));
   scanner.nodes["/wc"] = {{"/wc/a", svn_wc_status_modified}};
-  change({"/wc/.svn/wc.db"});
-  EXPECT_THAT(scanner.targets, SizeIs(2));
+  fakes.queues.advance(std::chrono::milliseconds(500));
+  EXPECT_THAT(scanner.targets, SizeIs(2)) << "the scan of half a second ago does not count";
   EXPECT_THAT(fakes.finderSyncController.badges, ElementsAre(Pair("file:///wc/", "modified")));
 }
 
@@ -181,6 +193,7 @@ TEST_F(ChangedWorkingCopy, AFolderThatTwoItemsShareIsShownOnce) {
 }
 
 TEST_F(ChangedWorkingCopy, ALookUpThatAnswersNothingSetsTheEmptyIdentifierAndNotClean) {
+  scanner.nodes["/wc"] = {{"/wc/a", svn_wc_status_normal}};
   change({"/wc/a"});
   EXPECT_THAT(fakes.finderSyncController.badges,
               UnorderedElementsAre(Pair("file:///wc/", ""), Pair("file:///wc/a", "")));
@@ -206,8 +219,7 @@ TEST_F(ChangedWorkingCopy, ANewManifestIsPublishedAndWatchedAlike) {
 }
 
 TEST_F(ChangedWorkingCopy, AFurtherObjectInTheProcessTakesTheRegistrysNoticesOver) {
-  const KTRFinderSync further(
-      fakes.services, [this]() -> auto & { return registry; });
+  const KTRFinderSync further(fakes.services, sharedRegistry());
   fakes.queues.runUntilIdle();
   const std::size_t requestsBefore = fakes.eventStreams.requests.size();
   publish(2, {});
@@ -229,10 +241,12 @@ TEST_F(ChangedWorkingCopy, TheRootIsComparedAsAPrefixOfTheText) {
   EXPECT_THAT(urlsSet(), UnorderedElementsAre("file:///wc/", "file:///wc2/", "file:///wc2/x"));
 }
 
-TEST_F(ChangedWorkingCopy, AnEmptySetOfItemsShowsTheRootAlone) {
+TEST_F(ChangedWorkingCopy, AnEmptySetOfItemsShowsTheRootAloneAfterForgettingItsStatuses) {
+  EXPECT_EQ(badge("/wc"), "");
   FinderSyncPeer{*finderSync}.workingCopyDidChange("/wc", {});
   fakes.queues.runUntilIdle();
   EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
+  EXPECT_THAT(scanner.targets, SizeIs(2));
 }
 
 }  // namespace

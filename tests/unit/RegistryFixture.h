@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "extension/KTRFinderSync.h"
 #include "platform/testing/FakePlatform.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
 
@@ -93,6 +94,11 @@ class RegistryFixture : public ::testing::Test {
   Dictionary recoveryRequest() { return fakes.propertyListFiles.files[requestPath]; }
   std::vector<std::string> rootPaths() const;
   std::size_t postedRequests() const;
+
+  // What a principal object takes for the shared registry.
+  KTRFinderSync::SharedWorkingCopies sharedRegistry() {
+    return [this]() -> KTRFinderSyncWorkingCopies & { return registry; };
+  }
 
   // Asks for a badge and lets the queues run; "" stands for no badge.
   std::string badge(const std::string &path);

@@ -15,6 +15,22 @@ void appendEntry(std::string &path, std::string_view name) {
 
 }  // namespace
 
+WatchedDirectory::~WatchedDirectory() {
+  std::vector<std::unique_ptr<WatchedDirectory>> pending;
+  const auto takeChildren = [&pending](WatchedDirectory &directory) {
+    for (auto &entry : directory.children) {
+      pending.push_back(std::move(entry.second));
+    }
+    directory.children.clear();
+  };
+  takeChildren(*this);
+  while (!pending.empty()) {
+    const std::unique_ptr<WatchedDirectory> next = std::move(pending.back());
+    pending.pop_back();
+    takeChildren(*next);
+  }
+}
+
 DirectoryTrees::DirectoryTrees(std::vector<std::string> rootPaths)
     : rootPaths_(std::move(rootPaths)), tops_(rootPaths_.size()) {}
 
@@ -64,14 +80,14 @@ std::string DirectoryTrees::path(const WatchedDirectory &directory) const {
 }
 
 WatchedDirectory &DirectoryTrees::insertTop(std::size_t tree, int watch) {
-  tops_[tree] = std::make_unique<WatchedDirectory>(WatchedDirectory{tree, watch});
+  tops_[tree] = std::make_unique<WatchedDirectory>(tree, watch);
   byWatch_.emplace(watch, tops_[tree].get());
   return *tops_[tree];
 }
 
 WatchedDirectory &DirectoryTrees::insertChild(WatchedDirectory &parent, std::string_view name,
                                               int watch) {
-  auto directory = std::make_unique<WatchedDirectory>(WatchedDirectory{parent.tree, watch});
+  auto directory = std::make_unique<WatchedDirectory>(parent.tree, watch);
   WatchedDirectory &inserted = *directory;
   byWatch_.emplace(watch, &inserted);
   attach(parent, name, std::move(directory));
@@ -94,25 +110,20 @@ void DirectoryTrees::attach(WatchedDirectory &parent, std::string_view name, Det
 
 std::vector<int> DirectoryTrees::drop(Detached directory) {
   std::vector<int> unused;
-  unindex(*directory, unused);
+  visit(*directory, [&](const WatchedDirectory &dropped) {
+    const auto [begin, end] = byWatch_.equal_range(dropped.watch);
+    byWatch_.erase(std::find_if(
+        begin, end, [&dropped](const auto &entry) { return entry.second == &dropped; }));
+    if (!hasWatch(dropped.watch)) {
+      unused.push_back(dropped.watch);
+    }
+  });
   return unused;
 }
 
 std::vector<int> DirectoryTrees::drop(WatchedDirectory &directory) {
   return drop(&directory == top(directory.tree) ? std::move(tops_[directory.tree])
                                                 : detach(directory));
-}
-
-void DirectoryTrees::unindex(const WatchedDirectory &directory, std::vector<int> &unused) {
-  const auto [begin, end] = byWatch_.equal_range(directory.watch);
-  byWatch_.erase(std::find_if(
-      begin, end, [&directory](const auto &entry) { return entry.second == &directory; }));
-  if (!hasWatch(directory.watch)) {
-    unused.push_back(directory.watch);
-  }
-  for (const auto &[name, child] : directory.children) {
-    unindex(*child, unused);
-  }
 }
 
 std::string entryPath(std::string_view directoryPath, std::string_view name) {

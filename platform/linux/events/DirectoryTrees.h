@@ -13,13 +13,19 @@
 
 namespace platform {
 
+// Trees may be deeper than any path is long, so nothing is done to them by recursion.
 struct WatchedDirectory {
-  std::size_t tree;  // the root beneath which it was found
-  int watch;
+  WatchedDirectory(std::size_t ofTree, int ofWatch) : tree(ofTree), watch(ofWatch) {}
+  ~WatchedDirectory();
+  WatchedDirectory(const WatchedDirectory &) = delete;
+  WatchedDirectory &operator=(const WatchedDirectory &) = delete;
+
+  const std::size_t tree;  // the root beneath which it was found
+  const int watch;
   WatchedDirectory *parent = nullptr;  // null for a top and for what is detached
   const std::string *name = nullptr;   // null for a top and for what is detached
-  bool isIncomplete = false;           // directories in it may not be watched
-  std::map<std::string, std::unique_ptr<WatchedDirectory>, std::less<>> children = {};
+  bool isIncomplete = false;           // some directories in it may not be watched
+  std::map<std::string, std::unique_ptr<WatchedDirectory>, std::less<>> children;
 };
 
 // One tree for each root. A directory can be in several trees (nested roots, roots that are
@@ -51,6 +57,20 @@ class DirectoryTrees {
   // Whether the path to `directory` leads through `other` or ends there.
   static bool isAtOrBelow(const WatchedDirectory &directory, const WatchedDirectory &other);
 
+  // Calls `visitor` for the directory and for all beneath it, each after the one it is in.
+  template <typename Visitor>
+  static void visit(const WatchedDirectory &directory, Visitor visitor) {
+    std::vector<const WatchedDirectory *> pending = {&directory};
+    while (!pending.empty()) {
+      const WatchedDirectory &next = *pending.back();
+      pending.pop_back();
+      visitor(next);
+      for (const auto &[name, child] : next.children) {
+        pending.push_back(child.get());
+      }
+    }
+  }
+
   // Whether it is in a tree.
   bool isAttached(const WatchedDirectory &directory) const;
 
@@ -72,8 +92,6 @@ class DirectoryTrees {
   std::vector<int> drop(WatchedDirectory &directory);
 
  private:
-  void unindex(const WatchedDirectory &directory, std::vector<int> &unused);
-
   const std::vector<std::string> rootPaths_;
   std::vector<std::unique_ptr<WatchedDirectory>> tops_;
   std::unordered_multimap<int, WatchedDirectory *> byWatch_;

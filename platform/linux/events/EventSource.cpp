@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -23,8 +24,10 @@ constexpr auto readingPause = 10ms;
 // How long directories are listed before the queue is looked at again.
 constexpr auto workSlice = 5ms;
 
-// When no instance of inotify can be had to start over with.
-constexpr auto retryPause = 10s;
+// Between two attempts at an instance of inotify. The first one may fail because the stream before
+// has not given its own back yet.
+constexpr std::chrono::steady_clock::duration firstAttemptPause = 100ms;
+constexpr std::chrono::steady_clock::duration greatestAttemptPause = 10s;
 
 int milliseconds(std::chrono::steady_clock::duration duration) {
   return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(duration).count());
@@ -33,23 +36,26 @@ int milliseconds(std::chrono::steady_clock::duration duration) {
 }  // namespace
 
 EventSource::EventSource(Settings settings)
-    : settings_(std::move(settings)), stopDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    : settings_(std::move(settings)),
+      stopDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      mountsDescriptor_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
+      attemptPause_(firstAttemptPause) {}
 
 EventSource::~EventSource() {
-  if (stopDescriptor_ >= 0) {
-    close(stopDescriptor_);
+  for (const int descriptor : {stopDescriptor_, mountsDescriptor_}) {
+    if (descriptor >= 0) {
+      close(descriptor);
+    }
   }
 }
 
 bool EventSource::start() {
-  auto inotify = std::make_unique<Inotify>();
-  if (!inotify->isOpen() || stopDescriptor_ < 0) {
-    settings_.log->noteNoInstance(errno);
+  if (stopDescriptor_ < 0) {
     return false;
   }
-  std::thread([self = shared_from_this(), inotify = std::move(inotify)]() mutable {
+  std::thread([self = shared_from_this()] {
     pthread_setname_np(pthread_self(), "events");
-    self->run(std::move(inotify));
+    self->run();
   }).detach();
   return true;
 }
@@ -59,8 +65,7 @@ void EventSource::stop() {
   eventfd_write(stopDescriptor_, 1);
 }
 
-void EventSource::run(std::unique_ptr<Inotify> inotify) {
-  makeTrees(std::move(inotify));
+void EventSource::run() {
   while (!isStopped_) {
     turn();
   }
@@ -72,22 +77,44 @@ void EventSource::turn() {
   if (wakeUp == WakeUp::stopped) {
     return;
   }
-  if (trees_ == nullptr || !trees_->takeEvents()) {
-    startOver();
-    return;
-  }
-  if (trees_->hasWork()) {
+  if (trees_ == nullptr) {
+    begin();
+  } else if (!trees_->takeEvents()) {
+    loseTrees();
+  } else if (wakeUp == WakeUp::mounts) {
+    trees_->examineRoots();
+  } else if (trees_->hasWork()) {
     trees_->work(workSlice);
-  } else if (wakeUp == WakeUp::events && waitForStop(readingPause) == WakeUp::stopped) {
+  } else if (wakeUp == WakeUp::events && waitForStop(readingPause)) {
     return;
   }
   if (!gathered_.isEmpty() && Clock::now() >= gathered_.first() + settings_.latency) {
-    trees_->examineDoubtfulRoots();
+    if (trees_ != nullptr) {
+      trees_->examineDoubtfulRoots();
+    }
     deliver();
   }
 }
 
+void EventSource::begin() {
+  if (Clock::now() < nextAttempt_) {
+    return;
+  }
+  auto inotify = std::make_unique<Inotify>();
+  if (inotify->isOpen()) {
+    attemptPause_ = firstAttemptPause;
+    makeTrees(std::move(inotify));
+    return;
+  }
+  if (attemptPause_ > firstAttemptPause) {
+    settings_.log->noteNoInstance(errno);
+  }
+  nextAttempt_ = Clock::now() + attemptPause_;
+  attemptPause_ = std::min(10 * attemptPause_, greatestAttemptPause);
+}
+
 void EventSource::makeTrees(std::unique_ptr<Inotify> inotify) {
+  settings_.log->noteInstance();
   const WatchLimit limit = currentWatchLimit();
   WatchedTrees::Callbacks callbacks;
   callbacks.report = [this](const std::string &rootPath, const std::string &path) {
@@ -99,19 +126,11 @@ void EventSource::makeTrees(std::unique_ptr<Inotify> inotify) {
 }
 
 // Which events were lost nobody knows, so every root counts as changed, and is watched anew.
-void EventSource::startOver() {
-  if (trees_ != nullptr) {
-    trees_.reset();
-    for (const std::string &rootPath : settings_.rootPaths) {
-      gathered_.add(rootPath, rootPath, Clock::now());
-    }
-  }
-  auto inotify = std::make_unique<Inotify>();
-  if (inotify->isOpen()) {
-    makeTrees(std::move(inotify));
-  } else {
-    settings_.log->noteNoInstance(errno);
-    waitForStop(retryPause);
+void EventSource::loseTrees() {
+  settings_.log->noteLostEvents();
+  trees_.reset();
+  for (const std::string &rootPath : settings_.rootPaths) {
+    gathered_.add(rootPath, rootPath, Clock::now());
   }
 }
 
@@ -124,33 +143,43 @@ void EventSource::deliver() {
 }
 
 std::optional<EventSource::Clock::duration> EventSource::timeToNextStep() const {
-  if (trees_ == nullptr || trees_->hasWork()) {
-    return Clock::duration::zero();
+  std::optional<Clock::time_point> next;
+  const auto atTheLatest = [&next](Clock::time_point time) {
+    next = std::min(next.value_or(time), time);
+  };
+  const auto now = Clock::now();
+  if (trees_ == nullptr) {
+    atTheLatest(nextAttempt_);
+  } else if (trees_->hasWork()) {
+    atTheLatest(now);
+  } else if (trees_->isExpectingArrival()) {
+    atTheLatest(now + readingPause);
   }
-  std::optional<Clock::duration> time;
   if (!gathered_.isEmpty()) {
-    time = std::max<Clock::duration>(gathered_.first() + settings_.latency - Clock::now(), 0s);
+    atTheLatest(gathered_.first() + settings_.latency);
   }
-  if (trees_->isExpectingArrival()) {
-    time = std::min<Clock::duration>(time.value_or(readingPause), readingPause);
-  }
-  return time;
+  return next ? std::optional(std::max<Clock::duration>(*next - now, 0s)) : std::nullopt;
 }
 
 EventSource::WakeUp EventSource::waitForEvents(std::optional<Clock::duration> timeout) {
-  std::array<pollfd, 2> descriptors = {
-      {{stopDescriptor_, POLLIN, 0}, {trees_ == nullptr ? -1 : trees_->descriptor(), POLLIN, 0}}};
+  std::array<pollfd, 3> descriptors = {
+      {{stopDescriptor_, POLLIN, 0},
+       {mountsDescriptor_, POLLPRI, 0},
+       {trees_ == nullptr ? -1 : trees_->descriptor(), POLLIN, 0}}};
   poll(descriptors.data(), descriptors.size(), timeout ? milliseconds(*timeout) : -1);
   if (isStopped_) {
     return WakeUp::stopped;
   }
-  return (descriptors[1].revents & POLLIN) != 0 ? WakeUp::events : WakeUp::time;
+  if ((descriptors[1].revents & POLLPRI) != 0) {
+    return WakeUp::mounts;
+  }
+  return (descriptors[2].revents & POLLIN) != 0 ? WakeUp::events : WakeUp::time;
 }
 
-EventSource::WakeUp EventSource::waitForStop(Clock::duration timeout) {
+bool EventSource::waitForStop(Clock::duration timeout) {
   pollfd descriptor{stopDescriptor_, POLLIN, 0};
   poll(&descriptor, 1, milliseconds(timeout));
-  return isStopped_ ? WakeUp::stopped : WakeUp::time;
+  return isStopped_;
 }
 
 }  // namespace platform

@@ -13,7 +13,7 @@
 #include "platform/linux/events/GatheredPaths.h"
 #include "platform/linux/events/OwnFiles.h"
 #include "platform/linux/events/WatchLimit.h"
-#include "platform/linux/events/WatchLimitLog.h"
+#include "platform/linux/events/WatchLog.h"
 #include "platform/linux/events/WatchedTrees.h"
 
 namespace platform {
@@ -28,7 +28,7 @@ class EventSource : public std::enable_shared_from_this<EventSource> {
     std::chrono::steady_clock::duration latency;
     EventStreams::Callback callback;
     std::shared_ptr<Queue> queue;  // on which the callback runs
-    std::shared_ptr<WatchLimitLog> log;
+    std::shared_ptr<WatchLog> log;
   };
 
   explicit EventSource(Settings settings);
@@ -36,33 +36,39 @@ class EventSource : public std::enable_shared_from_this<EventSource> {
   EventSource(const EventSource &) = delete;
   EventSource &operator=(const EventSource &) = delete;
 
-  // False if the kernel gives no instance of inotify. Once.
+  // False if there is no means of stopping it. Without an instance of inotify it tries again from
+  // time to time. Once.
   bool start();
 
   // From any thread. No callback begins after it; the thread ends by itself.
   void stop();
 
  private:
-  enum class WakeUp { stopped, events, time };
+  enum class WakeUp { stopped, mounts, events, time };
   using Clock = std::chrono::steady_clock;
 
-  void run(std::unique_ptr<Inotify> inotify);
+  void run();
   void turn();
+  void begin();
   void makeTrees(std::unique_ptr<Inotify> inotify);
-  void startOver();
+  void loseTrees();
   void deliver();
 
   // Waits for at most that long, if a time is given.
   WakeUp waitForEvents(std::optional<Clock::duration> timeout);
-  WakeUp waitForStop(Clock::duration timeout);
+  bool waitForStop(Clock::duration timeout);
   std::optional<Clock::duration> timeToNextStep() const;
 
   const Settings settings_;
-  const int stopDescriptor_;  // readable once stopped
+  const int stopDescriptor_;    // readable once stopped
+  const int mountsDescriptor_;  // exceptional when something has been mounted or unmounted
   std::atomic<bool> isStopped_ = false;
 
-  // Of the thread alone. Without trees there is no instance of inotify for now.
+  // Of the thread alone. Without trees there is no instance of inotify for now, and there is a time
+  // for the next attempt at one.
   std::unique_ptr<WatchedTrees> trees_;
+  Clock::time_point nextAttempt_;
+  Clock::duration attemptPause_;
   GatheredPaths gathered_;
 };
 

@@ -43,7 +43,7 @@ class LinuxEventStream final : public EventStream {
 }  // namespace
 
 LinuxEventStreams::LinuxEventStreams(SystemLogs &systemLogs, OwnFiles ownFiles)
-    : ownFiles_(std::move(ownFiles)), log_(std::make_shared<WatchLimitLog>(systemLogs)) {}
+    : ownFiles_(std::move(ownFiles)), log_(std::make_shared<WatchLog>(systemLogs)) {}
 
 std::unique_ptr<EventStream> LinuxEventStreams::makeEventStream(
     const std::vector<std::string> &paths, Callback callback, std::uint64_t sinceEventId,

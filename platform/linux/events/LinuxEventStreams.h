@@ -7,7 +7,7 @@
 #include "platform/EventStream.h"
 #include "platform/SystemLog.h"
 #include "platform/linux/events/OwnFiles.h"
-#include "platform/linux/events/WatchLimitLog.h"
+#include "platform/linux/events/WatchLog.h"
 
 namespace platform {
 
@@ -32,7 +32,7 @@ class LinuxEventStreams final : public EventStreams {
 
  private:
   const OwnFiles ownFiles_;
-  const std::shared_ptr<WatchLimitLog> log_;
+  const std::shared_ptr<WatchLog> log_;
 };
 
 }  // namespace platform

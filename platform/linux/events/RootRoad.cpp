@@ -16,6 +16,11 @@ bool isDirectory(const std::string &path) {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool isSymbolicLink(const std::string &path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 // The folder and the name of the entry in it that leads on, for each step from "/" to the root.
 std::vector<std::pair<std::string, std::string>> stepsTo(const std::string &rootPath) {
   std::vector<std::pair<std::string, std::string>> steps;
@@ -33,30 +38,49 @@ std::vector<std::pair<std::string, std::string>> stepsTo(const std::string &root
 }  // namespace
 
 void RootRoad::take(const std::string &rootPath, const AddWatch &addWatch) {
-  const auto watch = [&](const std::string &folder, std::uint32_t mask) {
-    const int added = addWatch(folder, mask);
-    if (added >= 0 && !hasWatch(added)) {
-      watches_.push_back(added);
-    }
-    return added;
-  };
   for (const auto &[folder, name] : stepsTo(rootPath)) {
-    watch(folder, Inotify::ownEnd);
+    if (isSymbolicLink(entryPath(folder, name))) {
+      listen(folder, name, addWatch);
+    } else {
+      watch(folder, Inotify::ownEnd, addWatch);
+    }
+  }
+}
+
+void RootRoad::await(const std::string &rootPath, const AddWatch &addWatch) {
+  const auto steps = stepsTo(rootPath);
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    const auto &[folder, name] = steps[i];
     const std::string next = entryPath(folder, name);
-    if (isDirectory(next)) {
+    const bool isLast = i + 1 == steps.size();
+    if (!isLast && isDirectory(next)) {
       continue;
     }
-    // It may come between this look and the watch, so there is a look after the watch too.
-    last_ = watch(folder, Inotify::ownEnd | Inotify::arrival);
-    awaited_ = name;
-    if (!isDirectory(next)) {
+    listen(folder, name, addWatch);
+    // It may have come before the folder was listened to, so there is a look after that too.
+    if (isLast || !isDirectory(next)) {
       return;
     }
   }
 }
 
+void RootRoad::listen(const std::string &folder, const std::string &name,
+                      const AddWatch &addWatch) {
+  const int added = watch(folder, Inotify::ownEnd | Inotify::arrival, addWatch);
+  if (added >= 0) {
+    awaited_.emplace_back(added, name);
+  }
+}
+
+int RootRoad::watch(const std::string &folder, std::uint32_t mask, const AddWatch &addWatch) {
+  const int added = addWatch(folder, mask);
+  if (added >= 0 && !hasWatch(added)) {
+    watches_.push_back(added);
+  }
+  return added;
+}
+
 std::vector<int> RootRoad::leave() {
-  last_ = -1;
   awaited_.clear();
   return std::exchange(watches_, {});
 }
@@ -69,8 +93,13 @@ bool RootRoad::isTouchedBy(int watch, std::uint32_t mask, std::string_view name)
   if (!hasWatch(watch)) {
     return false;
   }
-  return name.empty() ? (mask & (Inotify::ownEnd | IN_UNMOUNT)) != 0
-                      : watch == last_ && (mask & Inotify::arrival) != 0 && name == awaited_;
+  if (name.empty()) {
+    return (mask & (Inotify::ownEnd | IN_UNMOUNT)) != 0;
+  }
+  return (mask & Inotify::arrival) != 0 &&
+         std::any_of(awaited_.begin(), awaited_.end(), [&](const auto &awaited) {
+           return awaited.first == watch && awaited.second == name;
+         });
 }
 
 }  // namespace platform

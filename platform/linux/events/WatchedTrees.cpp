@@ -124,17 +124,21 @@ void WatchedTrees::handleInDirectory(const Inotify::Event &event, WatchedDirecto
       release(trees_.drop(*removed));
     }
   } else if ((event.mask & (IN_CREATE | IN_ATTRIB)) != 0) {
-    // One whose attributes changed may have become readable.
     adopt(directory, std::string(event.name), path, true);
+    // One whose attributes changed may let others in now.
+    if (WatchedDirectory *known = DirectoryTrees::child(directory, event.name)) {
+      listIncomplete(*known);
+    }
   }
 }
 
-void WatchedTrees::handleOfTop(const Inotify::Event &event, const WatchedDirectory &directory) {
+void WatchedTrees::handleOfTop(const Inotify::Event &event, WatchedDirectory &directory) {
   Root &root = roots_[directory.tree];
   if ((event.mask & (Inotify::ownEnd | IN_UNMOUNT)) != 0) {
     root.isToBeFound = true;
   } else if ((event.mask & IN_ATTRIB) != 0) {
     callbacks_.report(root.path, root.path);
+    listIncomplete(directory);
   }
 }
 
@@ -150,7 +154,9 @@ void WatchedTrees::forget(int watch) {
 }
 
 void WatchedTrees::leave(WatchedDirectory &parent, const Inotify::Event &event) {
-  if (WatchedDirectory *directory = DirectoryTrees::child(parent, event.name)) {
+  WatchedDirectory *directory = DirectoryTrees::child(parent, event.name);
+  // One that is still there came after the one that left, or is back already.
+  if (directory != nullptr && !isStillThere(*directory)) {
     leaving_[{event.cookie, parent.tree}] = {trees_.detach(*directory), batch_};
   }
 }
@@ -194,22 +200,29 @@ void WatchedTrees::adopt(WatchedDirectory &parent, const std::string &name, cons
     return;
   }
   int watch = takeWatch(path, childMask);
-  const bool isGone = watch < 0 && (errno == ENOENT || errno == ENOTDIR);
+  const bool isOutOfReach = watch < 0 && (errno == ENOENT || errno == ENOTDIR || errno == EACCES);
   WatchedDirectory *known = DirectoryTrees::child(parent, name);
   if (known != nullptr && known->watch == watch) {
     return;
   }
   if (known != nullptr) {
+    // The new one may have been in it and lose its watch with it, so it is taken anew.
+    release({watch});
     release(trees_.drop(*known));
+    watch = takeWatch(path, childMask);
   }
   if (watch < 0) {
-    // If it is its parent that is gone, what is in that has to be found where it arrives.
-    parent.isIncomplete |= isGone;
+    // If it is its parent that is gone or closed, what is in that has to be found where it arrives
+    // or when it is open.
+    parent.isIncomplete |= isOutOfReach;
     return;
   }
   if (WatchedDirectory *other = trees_.find(parent.tree, watch)) {
-    if (DirectoryTrees::isAtOrBelow(parent, *other)) {
-      return;  // a folder that is mounted inside itself
+    // A folder that is mounted at a second place is watched at the first, or the two would take it
+    // from each other for ever.
+    if (DirectoryTrees::isAtOrBelow(parent, *other) ||
+        (trees_.isAttached(*other) && isStillThere(*other))) {
+      return;
     }
     makeRoomFor(*other);
     watch = takeWatch(path, childMask);
@@ -220,6 +233,16 @@ void WatchedTrees::adopt(WatchedDirectory &parent, const std::string &name, cons
   }
   trees_.insertChild(parent, name, watch);
   unlisted_.push_back({parent.tree, watch, isNew});
+}
+
+// Whether the directory's path leads to it.
+bool WatchedTrees::isStillThere(const WatchedDirectory &directory) {
+  const int there =
+      takeWatch(trees_.path(directory), directory.parent == nullptr ? rootMask : childMask);
+  if (there != directory.watch) {
+    release({there});
+  }
+  return there == directory.watch;
 }
 
 // A directory has been found elsewhere in its tree. That it left is still in the queue, or it was
@@ -288,18 +311,24 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
   }
 }
 
-void WatchedTrees::listIncomplete(WatchedDirectory &directory) {
-  if (directory.isIncomplete) {
-    unlisted_.push_back({directory.tree, directory.watch, true});
-  }
-  for (const auto &[name, child] : directory.children) {
-    listIncomplete(*child);
-  }
+void WatchedTrees::listIncomplete(const WatchedDirectory &directory) {
+  DirectoryTrees::visit(directory, [this](const WatchedDirectory &visited) {
+    if (visited.isIncomplete) {
+      unlisted_.push_back({visited.tree, visited.watch, true});
+    }
+  });
 }
 
 void WatchedTrees::examineDoubtfulRoots() {
   for (Root &root : roots_) {
     root.isToBeFound |= std::exchange(root.isDoubtful, false);
+  }
+  findRoots();
+}
+
+void WatchedTrees::examineRoots() {
+  for (Root &root : roots_) {
+    root.isToBeFound = true;
   }
   findRoots();
 }
@@ -316,6 +345,11 @@ void WatchedTrees::findRoot(std::size_t tree) {
   Root &root = roots_[tree];
   takeRoad(tree);
   int watch = takeWatch(root.path, rootMask);
+  if (watch < 0) {
+    // It may come, or become readable, before the road is listened to.
+    root.road.await(root.path, roadWatcher(tree));
+    watch = takeWatch(root.path, rootMask);
+  }
   if (WatchedDirectory *top = trees_.top(tree)) {
     if (top->watch == watch) {
       listIncomplete(*top);
@@ -345,7 +379,11 @@ void WatchedTrees::takeRoad(std::size_t tree) {
   }
   // Before the new ones are taken: they are to ask for no more than is wanted now.
   release(left);
-  root.road.take(root.path, [this, tree](const std::string &path, std::uint32_t mask) {
+  root.road.take(root.path, roadWatcher(tree));
+}
+
+RootRoad::AddWatch WatchedTrees::roadWatcher(std::size_t tree) {
+  return [this, tree](const std::string &path, std::uint32_t mask) {
     const int watch = takeWatch(path, mask);
     const auto [begin, end] = roads_.equal_range(watch);
     const bool isKnown =
@@ -354,7 +392,7 @@ void WatchedTrees::takeRoad(std::size_t tree) {
       roads_.emplace(watch, tree);
     }
     return watch;
-  });
+  };
 }
 
 void WatchedTrees::announceRoots() {

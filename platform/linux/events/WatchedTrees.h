@@ -71,6 +71,10 @@ class WatchedTrees {
   // as long as somebody is in the directory.
   void examineDoubtfulRoots();
 
+  // Looks again at all roots: file systems have been mounted, which the kernel tells in another
+  // way.
+  void examineRoots();
+
  private:
   struct Root {
     std::string path;
@@ -92,7 +96,7 @@ class WatchedTrees {
 
   void handle(const Inotify::Event &event);
   void handleInDirectory(const Inotify::Event &event, WatchedDirectory &directory);
-  void handleOfTop(const Inotify::Event &event, const WatchedDirectory &directory);
+  void handleOfTop(const Inotify::Event &event, WatchedDirectory &directory);
   void forget(int watch);
 
   void leave(WatchedDirectory &parent, const Inotify::Event &event);
@@ -103,13 +107,15 @@ class WatchedTrees {
   void adopt(WatchedDirectory &parent, const std::string &name, const std::string &path,
              bool isNew);
   void list(WatchedDirectory &directory, bool isNew);
-  void listIncomplete(WatchedDirectory &directory);
+  bool isStillThere(const WatchedDirectory &directory);
+  void listIncomplete(const WatchedDirectory &directory);
   void makeRoomFor(WatchedDirectory &other);
   void giveUpLeaving();
 
   void findRoots();
   void findRoot(std::size_t tree);
   void takeRoad(std::size_t tree);
+  RootRoad::AddWatch roadWatcher(std::size_t tree);
   void announceRoots();
 
   int takeWatch(const std::string &path, std::uint32_t mask);

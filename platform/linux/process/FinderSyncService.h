@@ -49,7 +49,8 @@ class FinderSyncService final : public platform::FIFinderSyncController {
 
   void connectHandlers();
   void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
-  // A change is never alone: the folders above it change too.
+  // Whether more badges are likely to follow at once: answers that are awaited, or, in a change,
+  // the other items and the folders above them.
   void sendSoon(bool expectsMore);
   void sendMessages();
 

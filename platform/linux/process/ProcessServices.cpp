@@ -1,5 +1,7 @@
 #include "platform/linux/process/ProcessServices.h"
 
+#include <filesystem>
+
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/GLibSystemLog.h"
 #include "platform/linux/LinuxBookmarks.h"
@@ -25,6 +27,12 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
     }
   }
   files.pathPrefixes = badgeIconPathPrefixes();
+  // A log that is a file, such as that of a session without a journal.
+  std::error_code error;
+  if (const auto log = std::filesystem::read_symlink("/proc/self/fd/2", error);
+      !error && std::filesystem::is_regular_file(log, error)) {
+    files.pathPrefixes.push_back(log);
+  }
   return files;
 }
 

@@ -1,4 +1,5 @@
 // What happens in watched trees, one thing at a time.
+#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -7,6 +8,7 @@
 #include <unistd.h>
 
 #include "tests/platform/events/ReportedEvents.h"
+#include "tests/support/Command.h"
 #include "tests/support/PrivateBus.h"
 
 namespace fs = std::filesystem;
@@ -50,7 +52,19 @@ TEST_F(EventStream, ReportsEachRootOnceItsWatchesStandAndNothingMore) {
   fs::create_directories(directory / "other");
   ReportedEvents events({root, directory / "other"});
   EXPECT_TRUE(events.waitFor({root, directory / "other"}));
-  EXPECT_THAT(allReported(events), UnorderedElementsAre(root, directory / "other"));
+  writeFile(root + "/d/f", "x");
+  EXPECT_TRUE(events.waitFor({root + "/d/f"})) << "the watches do not stand";
+  events.waitUntilAllIsReported(root);
+  EXPECT_THAT(events.allPaths(), ::testing::IsSupersetOf({root, directory / "other"}));
+  EXPECT_THAT(events.allPaths(), ::testing::SizeIs(4)) << "one is reported more than once";
+}
+
+TEST_F(EventStream, GathersForTheLatencyBeforeItCallsBack) {
+  const auto events = watch();
+  const auto start = std::chrono::steady_clock::now();
+  writeFile(root + "/f", "");
+  ASSERT_TRUE(events->waitFor({root + "/f"}));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, ReportedEvents::latency);
 }
 
 TEST_F(EventStream, ReportsFilesThatAreMadeChangedAndRemoved) {
@@ -149,6 +163,43 @@ TEST_F(EventStream, AFolderThatTakesTheNameOfAnotherIsReportedUnderItsName) {
   EXPECT_THAT(allReported(*events), UnorderedElementsAre(root + "/a/in b", root + "/b/in a"));
 }
 
+TEST_F(EventStream, TwoFoldersThatAreExchangedAreBothReportedUnderTheirNewPaths) {
+  for (const char *folder : {"", "/d"}) {
+    writeFile(root + folder + "/a/in a", "");
+    writeFile(root + "/b/in b", "");
+    const auto events = watch();
+    const std::string other = root + "/b";
+    ASSERT_EQ(renameat2(AT_FDCWD, (root + folder + "/a").c_str(), AT_FDCWD, other.c_str(),
+                        RENAME_EXCHANGE),
+              0);
+    events->waitUntilAllIsReported(root);
+    events->clear();
+    writeFile(root + folder + "/a/in b", "x");
+    writeFile(root + "/b/in a", "x");
+    EXPECT_THAT(allReported(*events),
+                UnorderedElementsAre(root + folder + "/a/in b", root + "/b/in a"));
+    fs::remove_all(root + "/b");
+  }
+}
+
+TEST_F(EventStream, AFolderThatIsReplacedByOneThatWasInItIsWatched) {
+  const auto events = watch();
+  for (int i = 0; i < 20; ++i) {
+    fs::create_directories(root + "/x/sub");
+    events->waitUntilAllIsReported(root);
+    fs::permissions(root + "/x", fs::perms::owner_all);
+    fs::rename(root + "/x/sub", root + "/y");
+    fs::remove(root + "/x");
+    fs::rename(root + "/y", root + "/x");
+    events->waitUntilAllIsReported(root);
+    events->clear();
+    writeFile(root + "/x/f", "");
+    EXPECT_THAT(allReported(*events), Contains(root + "/x/f"));
+    fs::remove_all(root + "/x");
+  }
+  EXPECT_THAT(events->logLines(), IsEmpty());
+}
+
 TEST_F(EventStream, ContentsInTheMakingOfTheAdministrativeDirectoryCostNoWatches) {
   for (const char *name : {".svn/pristine/00", ".svn/tmp", ".svn/other", "d/pristine", "d/tmp"}) {
     fs::create_directories(root + "/" + name);
@@ -181,6 +232,20 @@ TEST_F(EventStream, ARootMayBeASymbolicLink) {
   const auto events = watch({directory / "link", root});
   writeFile(root + "/d/f", "");
   EXPECT_TRUE(events->waitFor({directory / "link/d/f", root + "/d/f"}));
+}
+
+TEST_F(EventStream, ARootThatIsASymbolicLinkIsFollowedToWhereItPointsNow) {
+  fs::create_directories(directory / "first");
+  fs::create_directories(directory / "second");
+  fs::create_directory_symlink(directory / "first", directory / "link");
+  const auto events = watch({directory / "link"});
+  runSuccessfully({"ln", "-sfn", directory / "second", directory / "link"});
+  EXPECT_TRUE(events->waitFor({directory / "link"}));
+  events->clear();
+  writeFile(directory / "first/f", "");
+  writeFile(directory / "second/g", "");
+  events->waitUntilAllIsReported(directory / "link");
+  EXPECT_THAT(events->paths(), ElementsAre(directory / "link/g"));
 }
 
 TEST_F(EventStream, NestedRootsAreBothWatchedAndAChangeIsReportedOnce) {

@@ -11,7 +11,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto latency = 20ms;
 constexpr auto patience = 30s;
 
 }  // namespace
@@ -64,6 +63,7 @@ void ReportedEvents::take(const std::vector<std::string> &paths) {
   {
     const std::lock_guard guard(lock_);
     paths_.insert(paths.begin(), paths.end());
+    allPaths_.insert(allPaths_.end(), paths.begin(), paths.end());
     ++callbackCount_;
   }
   changed_.notify_all();
@@ -96,6 +96,11 @@ void ReportedEvents::waitUntilAllIsReported(const std::string &folder) {
 std::set<std::string> ReportedEvents::paths() const {
   const std::lock_guard guard(lock_);
   return paths_;
+}
+
+std::vector<std::string> ReportedEvents::allPaths() const {
+  const std::lock_guard guard(lock_);
+  return allPaths_;
 }
 
 std::size_t ReportedEvents::callbackCount() const {

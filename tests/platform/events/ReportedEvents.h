@@ -1,6 +1,7 @@
 // A running stream on real directories, and what it has reported.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -32,6 +33,7 @@ class CollectedLogs final : public platform::SystemLogs {
 
 class ReportedEvents {
  public:
+  static constexpr std::chrono::milliseconds latency{20};
   static constexpr platform::EventStreamFlags productFlags =
       platform::EventStreamFlags::useTypedPaths | platform::EventStreamFlags::ignoreSelf |
       platform::EventStreamFlags::fileEvents;
@@ -53,6 +55,9 @@ class ReportedEvents {
   void waitUntilAllIsReported(const std::string &folder);
 
   std::set<std::string> paths() const;
+
+  // Everything since the start, each as often as it was reported; marks too.
+  std::vector<std::string> allPaths() const;
   std::size_t callbackCount() const;
   void clear();
 
@@ -71,6 +76,7 @@ class ReportedEvents {
   mutable std::mutex lock_;
   std::condition_variable changed_;
   std::set<std::string> paths_;
+  std::vector<std::string> allPaths_;
   std::size_t callbackCount_ = 0;
   int markCount_ = 0;
 };

@@ -7,6 +7,7 @@
 #include "platform/linux/events/Inotify.h"
 #include "platform/linux/events/WatchLimit.h"
 #include "tests/platform/events/ReportedEvents.h"
+#include "tests/support/PrivateBus.h"
 
 namespace fs = std::filesystem;
 using ::testing::Contains;
@@ -100,6 +101,21 @@ TEST_F(WatchLimit, AFolderThatIsWatchedIsStillFollowedWhenNoWatchIsLeft) {
   writeFile(root + "/b/f", "");
   events.waitUntilAllIsReported(root);
   EXPECT_THAT(events.paths(), Contains(root + "/b/f"));
+}
+
+TEST_F(WatchLimit, WithoutAnInstanceOfTheKernelsOneLogLineSaysSoAndItGoesOnWhenThereIsOne) {
+  const auto allowInstances = [](int count) {
+    writeFile("/proc/sys/user/max_inotify_instances", std::to_string(count));
+  };
+  allowInstances(0);
+  ReportedEvents events({root});
+  EXPECT_TRUE(turnMainLoopUntil([&] { return !events.logLines().empty(); }));
+  EXPECT_THAT(events.logLines(), ElementsAre(HasSubstr("raise fs.inotify.max_user_instances")));
+  allowInstances(100);
+  ASSERT_TRUE(events.waitFor({root}));
+  writeFile(root + "/f", "");
+  EXPECT_TRUE(events.waitFor({root + "/f"}));
+  EXPECT_THAT(events.logLines(), ::testing::SizeIs(1));
 }
 
 TEST_F(WatchLimit, WatchesThatBecomeFreeServeNewFolders) {

@@ -1,4 +1,4 @@
-#include "platform/linux/events/WatchLimitLog.h"
+#include "platform/linux/events/WatchLog.h"
 
 #include <string>
 #include <utility>
@@ -7,10 +7,10 @@
 
 namespace platform {
 
-WatchLimitLog::WatchLimitLog(SystemLogs &systemLogs)
+WatchLog::WatchLog(SystemLogs &systemLogs)
     : log_(systemLogs.makeLog("com.morvane.v3.finder", "Events")) {}
 
-void WatchLimitLog::noteWatchLimit(const WatchLimit &limit) {
+void WatchLog::noteWatchLimit(const WatchLimit &limit) {
   {
     const LockGuard guard(lock_);
     if (std::exchange(lastLimit_, limit.count) == limit.count) {
@@ -25,11 +25,27 @@ void WatchLimitLog::noteWatchLimit(const WatchLimit &limit) {
                publicArgument(limit.setting)});
 }
 
-void WatchLimitLog::noteNoInstance(int error) {
+void WatchLog::noteNoInstance(int error) {
+  {
+    const LockGuard guard(lock_);
+    if (!std::exchange(hasInstance_, false)) {
+      return;
+    }
+  }
   log_->write(LogLevel::error,
               "No folder can be watched: {}. If too many programs watch folders, raise "
               "fs.inotify.max_user_instances, for example with sysctl.",
               {publicArgument(g_strerror(error))});
+}
+
+void WatchLog::noteInstance() {
+  const LockGuard guard(lock_);
+  hasInstance_ = true;
+}
+
+void WatchLog::noteLostEvents() {
+  log_->write(LogLevel::standard,
+              "The kernel has lost events, so every working copy counts as changed.", {});
 }
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-// Tells the user that not everything can be watched, and which setting to raise: once for each
+// Tells the user what keeps changes from being noticed, and which setting helps: once for each
 // limit that is run into, whatever the number of streams and folders. From any thread.
 #pragma once
 
@@ -11,19 +11,25 @@
 
 namespace platform {
 
-class WatchLimitLog {
+class WatchLog {
  public:
-  explicit WatchLimitLog(SystemLogs &systemLogs);
+  explicit WatchLog(SystemLogs &systemLogs);
 
   void noteWatchLimit(const WatchLimit &limit) KTR_EXCLUDES(lock_);
 
-  // inotify cannot be had at all, for the reason in errno's value `error`.
-  void noteNoInstance(int error);
+  // inotify cannot be had at all, for the reason in errno's value `error`. Said once until
+  // `noteInstance`.
+  void noteNoInstance(int error) KTR_EXCLUDES(lock_);
+  void noteInstance() KTR_EXCLUDES(lock_);
+
+  // The kernel's queue was full.
+  void noteLostEvents();
 
  private:
   const std::unique_ptr<SystemLog> log_;
   Lock lock_;
   std::uint64_t lastLimit_ KTR_GUARDED_BY(lock_) = 0;
+  bool hasInstance_ KTR_GUARDED_BY(lock_) = true;
 };
 
 }  // namespace platform
