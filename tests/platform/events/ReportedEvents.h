@@ -1,6 +1,7 @@
 // A running stream on real directories, and what it has reported.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -36,10 +37,11 @@ class ReportedEvents {
       platform::EventStreamFlags::useTypedPaths | platform::EventStreamFlags::ignoreSelf |
       platform::EventStreamFlags::fileEvents;
 
-  // Starts a stream with a short latency. Throws if it does not start.
-  explicit ReportedEvents(const std::vector<std::string> &rootPaths,
-                          const platform::OwnFiles &ownFiles = {},
-                          platform::EventStreamFlags flags = productFlags);
+  // Starts a stream, with a short latency if none is given. Throws if it does not start.
+  explicit ReportedEvents(
+      const std::vector<std::string> &rootPaths, const platform::OwnFiles &ownFiles = {},
+      platform::EventStreamFlags flags = productFlags,
+      std::chrono::steady_clock::duration latency = std::chrono::milliseconds(20));
   ~ReportedEvents();
   ReportedEvents(const ReportedEvents &) = delete;
   ReportedEvents &operator=(const ReportedEvents &) = delete;
