@@ -11,15 +11,17 @@
 #include "bench/Machine.h"
 
 int main(int argumentCount, char **arguments) {
-  const std::vector<std::string> all = {"set-up", "draining", "delay", "others"};
+  const std::vector<std::string> all = {"set-up", "draining", "delay", "memory", "disk"};
   const std::map<std::string, std::function<void()>> parts = {{"set-up", compareSetUp},
                                                               {"draining", measureDraining},
                                                               {"delay", measureDelay},
-                                                              {"others", compareOthers}};
+                                                              {"memory", compareOthersInMemory},
+                                                              {"disk", compareOthersOnDisk}};
   const std::vector<std::string> asked(arguments + 1, arguments + argumentCount);
   for (const std::string &part : asked) {
     if (!parts.contains(part)) {
-      std::fprintf(stderr, "Usage: %s [set-up | draining | delay | others]…\n", arguments[0]);
+      std::fprintf(stderr, "Usage: %s [set-up | draining | delay | memory | disk]…\n",
+                   arguments[0]);
       return 2;
     }
   }

@@ -11,4 +11,5 @@ void measureDraining();
 void measureDelay();
 
 // How much longer others take to remove and to check out files that are watched.
-void compareOthers();
+void compareOthersInMemory();
+void compareOthersOnDisk();
