@@ -83,6 +83,7 @@ void EventSource::turn() {
   }
   if (!gathered_.isEmpty() && Clock::now() >= gathered_.first() + settings_.latency) {
     trees_->examineDoubtfulRoots();
+    trees_->listenAgain();
     deliver();
   }
 }
