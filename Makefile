@@ -19,7 +19,7 @@ help:
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
 	@echo "make check-long       the same and more: slow linter checks, many more random working copies"
-	@echo "make bench            compare with 'svn status', as a table"
+	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make deps             install the Debian packages that are missing"
@@ -40,7 +40,7 @@ check-long: deps
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
-	@$(call build,release,extension_bench)
+	@$(call build,release,extension_bench watch_bench)
 	@tools/bench "$(RELEASE)"
 
 contact-sheet: deps

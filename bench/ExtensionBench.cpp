@@ -1,14 +1,10 @@
 // What a file manager waits for, beside "svn status" on the same tree in the same run.
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <sys/utsname.h>
-#include <thread>
 
-#include <glib.h>
-
+#include "bench/Machine.h"
 #include "bench/Measure.h"
+#include "bench/SampleTrees.h"
 #include "platform/testing/FakePlatform.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
 #include "tests/support/BusClient.h"
@@ -16,27 +12,8 @@
 
 namespace {
 
-constexpr int filesInDirectory = 49;  // 100,000 files in 2,041 directories
 constexpr int runCount = 9;
 constexpr int burstSize = 10'000;
-
-double inMilliseconds(Seconds seconds) {
-  return seconds * 1e3;
-}
-
-// A clean working copy of that many files.
-WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount) {
-  WorkingCopy wc(directory, "wc" + std::to_string(fileCount));
-  const std::string source = directory / ("source" + std::to_string(fileCount));
-  for (int i = 0; i < fileCount; ++i) {
-    writeFile(source + "/d" + std::to_string(i / filesInDirectory) + "/f" + std::to_string(i),
-              "file " + std::to_string(i) + "\n");
-  }
-  wc.svn({"import", "--quiet", "-m", "a tree", source, wc.repositoryURL()});
-  std::filesystem::remove_all(source);
-  wc.svn({"update", "--quiet"});
-  return wc;
-}
 
 // One client of a running extension.
 class Asker {
@@ -65,17 +42,6 @@ class Asker {
   const std::string rootURL_;
 };
 
-std::string processOfExtension(const ExtensionSession &session) {
-  const auto connection = session.bus().connect();
-  const platform::VariantHandle reply(g_dbus_connection_call_sync(
-      connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "GetConnectionUnixProcessID", g_variant_new("(s)", "com.morvane.v3.finder"), nullptr,
-      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-  guint32 process = 0;
-  g_variant_get(reply.get(), "(u)", &process);
-  return std::to_string(process);
-}
-
 void compareFirstAnswers(int fileCount) {
   const ExtensionSession session;
   const WorkingCopy wc = makeWorkingCopy(session.directory(), fileCount);
@@ -102,7 +68,7 @@ void compareFirstAnswers(int fileCount) {
               inMilliseconds(answer.greatest), inMilliseconds(status.median),
               inMilliseconds(status.least), inMilliseconds(status.greatest),
               answer.median / status.median, inMilliseconds(firstEver),
-              static_cast<double>(peakMemoryOfProcess(processOfExtension(session))) / 1024,
+              static_cast<double>(peakMemoryOfProcess(processOfExtension(session.bus()))) / 1024,
               static_cast<double>(statusMemory) / 1024);
   std::fflush(stdout);
 }
@@ -183,25 +149,6 @@ void measureLookUp() {
               inMilliseconds(scan));
 }
 
-void printMachine() {
-  utsname system{};
-  uname(&system);
-  const platform::Handle<GDateTime, g_date_time_unref> now(g_date_time_new_now_utc());
-  const platform::StringHandle date(g_date_time_format(now.get(), "%F"));
-  std::string model = "unknown processor";
-  std::ifstream processors("/proc/cpuinfo");
-  for (std::string line; std::getline(processors, line);) {
-    if (line.starts_with("model name")) {
-      model = line.substr(line.find(':') + 2);
-      break;
-    }
-  }
-  const char *commit = std::getenv("HALVERN_COMMIT");
-  std::printf("%s, commit %s; %u × %s, Linux %s; warm cache, median (least–greatest) of %d\n\n",
-              date.get(), commit == nullptr ? "unknown" : commit,
-              std::thread::hardware_concurrency(), model.c_str(), system.release, runCount);
-}
-
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
@@ -216,7 +163,7 @@ int main(int argumentCount, char **arguments) {
   if (sizes.empty()) {
     sizes = {1'000, 10'000, 100'000};
   }
-  printMachine();
+  std::printf("%s; warm cache, median (least–greatest) of %d\n\n", machineText().c_str(), runCount);
   std::puts(
       "| files | first answer, ms | svn status, ms | ratio | with start, ms | peak MiB | svn's |");
   std::puts("|---|---|---|---|---|---|---|");

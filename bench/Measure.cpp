@@ -10,9 +10,33 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+Seconds inSeconds(const timeval &time) {
+  return static_cast<Seconds>(time.tv_sec) + static_cast<Seconds>(time.tv_usec) * 1e-6;
+}
+
+Seconds processorTimeIn(const rusage &usage) {
+  return inSeconds(usage.ru_utime) + inSeconds(usage.ru_stime);
+}
+
+// In KiB.
+long memoryOfProcess(const std::string &processIdentifier, const std::string &field) {
+  std::ifstream status("/proc/" + processIdentifier + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with(field + ":")) {
+      return std::stol(line.substr(field.size() + 1));
+    }
+  }
+  throw std::runtime_error("no memory is known of process " + processIdentifier);
+}
+
+}  // namespace
+
 Runs summaryOf(std::vector<Seconds> runs) {
   std::sort(runs.begin(), runs.end());
-  return {runs[runs.size() / 2], runs.front(), runs.back()};
+  const std::size_t last = runs.size() - 1;
+  return {runs[runs.size() / 2], runs.front(), runs.back(), runs[last / 4], runs[last - last / 4]};
 }
 
 Seconds timeOf(const std::function<void()> &work) {
@@ -45,16 +69,21 @@ ProgramRun runProgram(const std::vector<std::string> &arguments) {
   if (status != 0) {
     throw std::runtime_error(arguments.front() + " failed");
   }
+  run.processorTime = processorTimeIn(usage);
   run.peakMemory = usage.ru_maxrss;
   return run;
 }
 
+Seconds processorTimeOf(int who) {
+  rusage usage{};
+  getrusage(who, &usage);
+  return processorTimeIn(usage);
+}
+
 long peakMemoryOfProcess(const std::string &processIdentifier) {
-  std::ifstream status("/proc/" + processIdentifier + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("VmHWM:")) {
-      return std::stol(line.substr(6));
-    }
-  }
-  throw std::runtime_error("no memory is known of process " + processIdentifier);
+  return memoryOfProcess(processIdentifier, "VmHWM");
+}
+
+long ownMemoryOfProcess(const std::string &processIdentifier) {
+  return memoryOfProcess(processIdentifier, "RssAnon");
 }

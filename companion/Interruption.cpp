@@ -1,6 +1,8 @@
 #include "companion/Interruption.h"
 
+#include <cerrno>
 #include <csignal>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <glib-unix.h>
@@ -9,27 +11,39 @@ namespace companion {
 
 namespace {
 
-gboolean note(gpointer isThere) {
-  *static_cast<bool *>(isThere) = true;
-  return G_SOURCE_REMOVE;
+// Outlives the object, because a signal may come at any time.
+int signalled = -1;
+
+void noteSignal(int /*signal*/) {
+  const int error = errno;
+  eventfd_write(signalled, 1);
+  errno = error;
 }
 
-gboolean noteReader(int /*descriptor*/, GIOCondition /*condition*/, gpointer isThere) {
-  return note(isThere);
+gboolean note(int /*descriptor*/, GIOCondition /*condition*/, gpointer isThere) {
+  *static_cast<bool *>(isThere) = true;
+  return G_SOURCE_REMOVE;
 }
 
 }  // namespace
 
 Interruption::Interruption() {
-  for (const int signal : {SIGINT, SIGTERM}) {
-    sources_.emplace_back(g_unix_signal_source_new(signal));
-    g_source_set_callback(sources_.back().get(), note, &isThere_, nullptr);
+  if (signalled < 0) {
+    signalled = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   }
+  for (const int signal : {SIGINT, SIGTERM}) {
+    std::signal(signal, noteSignal);
+  }
+  sources_.emplace_back(g_unix_fd_source_new(signalled, G_IO_IN));
   sources_.emplace_back(g_unix_fd_source_new(STDOUT_FILENO, G_IO_ERR));
-  g_source_set_callback(sources_.back().get(), G_SOURCE_FUNC(noteReader), &isThere_, nullptr);
   for (const auto &source : sources_) {
+    g_source_set_callback(source.get(), G_SOURCE_FUNC(note), &isThere_, nullptr);
     g_source_attach(source.get(), nullptr);
   }
+}
+
+int Interruption::descriptor() const {
+  return signalled;
 }
 
 Interruption::~Interruption() {

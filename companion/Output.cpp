@@ -1,9 +1,13 @@
 #include "companion/Output.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <glib.h>
@@ -14,10 +18,21 @@ namespace {
 
 constexpr std::size_t pieceSize = 1 << 16;  // bytes
 
-// 0, or the error number.
-int writeAll(int descriptor, std::string_view text) {
+// 0, or the error number; ECANCELED once the descriptor `interruption`, if there is one, is
+// readable while nobody reads.
+int writeAll(int descriptor, std::string_view text, int interruption = -1) {
   while (!text.empty()) {
-    const ssize_t count = ::write(descriptor, text.data(), text.size());
+    // What fits into a pipe that is said to have room is written without waiting.
+    std::size_t size = text.size();
+    if (interruption >= 0) {
+      std::array<pollfd, 2> descriptors = {{{descriptor, POLLOUT, 0}, {interruption, POLLIN, 0}}};
+      poll(descriptors.data(), descriptors.size(), -1);
+      if (descriptors[0].revents == 0 && descriptors[1].revents != 0) {
+        return ECANCELED;
+      }
+      size = std::min<std::size_t>(size, PIPE_BUF);
+    }
+    const ssize_t count = ::write(descriptor, text.data(), size);
     if (count >= 0) {
       text.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
@@ -42,14 +57,14 @@ void Output::writeLine(std::string_view line) {
 
 bool Output::flush() {
   if (error_ == 0) {
-    error_ = writeAll(STDOUT_FILENO, held_);
+    error_ = writeAll(STDOUT_FILENO, held_, interruption_);
   }
   held_.clear();
   return error_ == 0;
 }
 
 bool Output::finish() {
-  if (flush() || (error_ == EPIPE && mayReaderGo_)) {
+  if (flush() || (error_ == EPIPE && mayReaderGo_) || error_ == ECANCELED) {
     return true;
   }
   printError(std::string("standard output: ") + g_strerror(error_));

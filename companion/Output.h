@@ -23,12 +23,17 @@ class Output {
   // From now on a reader that goes away has seen enough: what it does not read is not lost.
   void letReaderGo() { mayReaderGo_ = true; }
 
+  // From now on a reader that does not read is waited for only until the descriptor is readable.
+  // What it does not read then is not lost either.
+  void letInterrupt(int descriptor) { interruption_ = descriptor; }
+
   // The same at the end of the program, with the reason on standard error.
   bool finish();
 
  private:
   std::string held_;
   bool mayReaderGo_ = false;
+  int interruption_ = -1;
   int error_ = 0;  // the first error number
 };
 

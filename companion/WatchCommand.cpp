@@ -27,7 +27,9 @@ class WatchSession {
         output_(output),
         watch_(std::move(targets),
                [this](const std::string &badge, const std::string &name) { print(badge, name); }),
-        ownerWatch_(bus, [this](const std::string &owner) { isThereNewOwner_ = !owner.empty(); }) {}
+        ownerWatch_(bus, [this](const std::string &owner) { isThereNewOwner_ = !owner.empty(); }) {
+    output_.letInterrupt(interruption_.descriptor());
+  }
 
   ExitStatus run(bool coversEverything) {
     Failure failure = reach();

@@ -55,6 +55,11 @@ std::string RunningProgram::read(Stream &stream, std::size_t count) {
   return lines;
 }
 
+std::string RunningProgram::processIdentifier() const {
+  const char *identifier = g_subprocess_get_identifier(process_.get());
+  return identifier == nullptr ? "" : identifier;
+}
+
 void RunningProgram::closeOutput() {
   if (output_.descriptor >= 0) {
     close(output_.descriptor);

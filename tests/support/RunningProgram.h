@@ -19,6 +19,7 @@ class RunningProgram {
   std::string readLines(std::size_t count = 1) { return read(output_, count); }
   std::string readErrorLines(std::size_t count = 1) { return read(errors_, count); }
 
+  std::string processIdentifier() const;
   void closeOutput();
   void sendSignal(int signal) const;
 

@@ -91,6 +91,7 @@ void EventSource::turn() {
   if (!gathered_.isEmpty() && Clock::now() >= gathered_.first() + settings_.latency) {
     if (trees_ != nullptr) {
       trees_->examineDoubtfulRoots();
+      trees_->listenAgain();
     }
     deliver();
   }

@@ -17,6 +17,10 @@ int Inotify::addWatch(const std::string &path, std::uint32_t mask) {
   return inotify_add_watch(descriptor_, path.c_str(), mask | IN_ONLYDIR | IN_MASK_ADD);
 }
 
+int Inotify::replaceWatch(const std::string &path, std::uint32_t mask) {
+  return inotify_add_watch(descriptor_, path.c_str(), mask | IN_ONLYDIR);
+}
+
 void Inotify::removeWatch(int watch) {
   inotify_rm_watch(descriptor_, watch);
 }

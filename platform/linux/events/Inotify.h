@@ -42,6 +42,9 @@ class Inotify {
   // The watch of the directory, which is the same for each path that leads to it, or -1 with errno
   // set. Adds to what the watch already asks for.
   int addWatch(const std::string &path, std::uint32_t mask);
+
+  // As `addWatch`, but the watch asks for nothing else from now on.
+  int replaceWatch(const std::string &path, std::uint32_t mask);
   void removeWatch(int watch);
 
   // Hands over the events that are there, without waiting, until there are none or `visit` answers

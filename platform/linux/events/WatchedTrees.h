@@ -5,9 +5,10 @@
 //
 // A new directory is watched first and then listed, and what is in it is reported. A directory that
 // moves within its tree keeps its watches; one that leaves loses them. "pristine" and "tmp" inside
-// ".svn" are left out, and so are the extension's own files. No symbolic link is followed, except a
-// root that is one. What the queue says of a path may be out of date by the time it is read; then a
-// later event in the queue puts it right.
+// ".svn" are left out, and so are the extension's own files; of the files whose contents change in
+// ".svn" itself only the first is reported, until what was reported has been handed on. No symbolic
+// link is followed, except a root that is one. What the queue says of a path may be out of date by
+// the time it is read; then a later event in the queue puts it right.
 #pragma once
 
 #include <chrono>
@@ -16,6 +17,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -53,6 +55,10 @@ class WatchedTrees {
   // Whether a directory has left a folder and not yet arrived in another one. It is given up by the
   // second `takeEvents` after it left.
   bool isExpectingArrival() const { return !leaving_.empty(); }
+
+  // To be called before what was reported is handed on: contents that change in a ".svn" from now
+  // on are reported again.
+  void listenAgain();
 
   // How many directories are watched, those above the roots included.
   std::uint64_t watchCount() const { return watchCount_; }
@@ -98,6 +104,7 @@ class WatchedTrees {
   void handleInDirectory(const Inotify::Event &event, WatchedDirectory &directory);
   void handleOfTop(const Inotify::Event &event, WatchedDirectory &directory);
   void forget(int watch);
+  void rest(const WatchedDirectory &directory);
 
   void leave(WatchedDirectory &parent, const Inotify::Event &event);
   void arrive(WatchedDirectory &parent, const Inotify::Event &event);
@@ -132,6 +139,9 @@ class WatchedTrees {
   std::uint64_t watchCount_ = 0;
   std::deque<Unlisted> unlisted_;
   bool isAnnouncementDue_ = true;
+
+  // Of each ".svn" that is known to have changed and whose writer is not slowed down any more.
+  std::set<int> resting_;
 
   // By the cookie of the move, and the tree.
   std::map<std::pair<std::uint32_t, std::size_t>, Leaving> leaving_;

@@ -1,7 +1,6 @@
 #include "tests/platform/events/ReportedEvents.h"
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -41,7 +40,8 @@ std::vector<std::string> CollectedLogs::lines() const {
 }
 
 ReportedEvents::ReportedEvents(const std::vector<std::string> &rootPaths,
-                               const platform::OwnFiles &ownFiles, platform::EventStreamFlags flags)
+                               const platform::OwnFiles &ownFiles, platform::EventStreamFlags flags,
+                               std::chrono::steady_clock::duration latency)
     : streams_(logs_, ownFiles) {
   stream_ = streams_.makeEventStream(
       rootPaths, [this](const std::vector<std::string> &paths) { take(paths); },

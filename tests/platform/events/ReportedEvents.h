@@ -38,10 +38,11 @@ class ReportedEvents {
       platform::EventStreamFlags::useTypedPaths | platform::EventStreamFlags::ignoreSelf |
       platform::EventStreamFlags::fileEvents;
 
-  // Starts a stream with a short latency. Throws if it does not start.
-  explicit ReportedEvents(const std::vector<std::string> &rootPaths,
-                          const platform::OwnFiles &ownFiles = {},
-                          platform::EventStreamFlags flags = productFlags);
+  // Starts a stream, with a short latency if none is given. Throws if it does not start.
+  explicit ReportedEvents(
+      const std::vector<std::string> &rootPaths, const platform::OwnFiles &ownFiles = {},
+      platform::EventStreamFlags flags = productFlags,
+      std::chrono::steady_clock::duration latency = std::chrono::milliseconds(20));
   ~ReportedEvents();
   ReportedEvents(const ReportedEvents &) = delete;
   ReportedEvents &operator=(const ReportedEvents &) = delete;
