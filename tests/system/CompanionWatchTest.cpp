@@ -1,9 +1,14 @@
 // halvern watch: what it prints for what the extension says. The extension is a stand-in, so that
 // the test decides what it says and when.
+#include <climits>
 #include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/ExtensionStandIn.h"
@@ -88,6 +93,33 @@ TEST_F(CompanionWatch, EndsWellWhenItIsInterruptedWhileTheExtensionIsSilent) {
   const CommandResult end = interrupted(watch);
   EXPECT_EQ(end.status, 0);
   EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(CompanionWatch, EndsWellWhenItIsTerminatedWhileNobodyReadsWhatItPrints) {
+  const std::string pipe = session_ / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+  CommandOptions options = session_.environment();
+  options.directory = session_.directory().path();
+  const StartedCommand watch(
+      {"sh", "-c", "exec \"$0\" watch > pipe", ExtensionSession::halvernProgram()}, options);
+  ASSERT_TRUE(extension_->waitForRequests(1));
+  // More than the pipe holds.
+  Strings items;
+  for (int i = 1000; i < 2000; ++i) {
+    items.push_back(*this / (std::string(200, 'x') + std::to_string(i)));
+    extension_->setBadge(items.back(), "locked");
+  }
+  extension_->announceChange(items);
+  const int size = fcntl(reader, F_GETPIPE_SZ);
+  EXPECT_TRUE(turnMainLoopUntil([&] {
+    int held = 0;
+    ioctl(reader, FIONREAD, &held);
+    return held > size - PIPE_BUF;
+  }));
+  watch.sendSignal(SIGTERM);
+  EXPECT_EQ(watch.waitForEnd().status, 0);
+  close(reader);
 }
 
 TEST_F(CompanionWatch, EndsQuietlyWhenItsReaderGoesAway) {

@@ -33,16 +33,16 @@ class CollectedLogs final : public platform::SystemLogs {
 
 class ReportedEvents {
  public:
-  static constexpr std::chrono::milliseconds latency{20};
+  static constexpr std::chrono::milliseconds usualLatency{20};
   static constexpr platform::EventStreamFlags productFlags =
       platform::EventStreamFlags::useTypedPaths | platform::EventStreamFlags::ignoreSelf |
       platform::EventStreamFlags::fileEvents;
 
   // Starts a stream, with a short latency if none is given. Throws if it does not start.
-  explicit ReportedEvents(
-      const std::vector<std::string> &rootPaths, const platform::OwnFiles &ownFiles = {},
-      platform::EventStreamFlags flags = productFlags,
-      std::chrono::steady_clock::duration latency = std::chrono::milliseconds(20));
+  explicit ReportedEvents(const std::vector<std::string> &rootPaths,
+                          const platform::OwnFiles &ownFiles = {},
+                          platform::EventStreamFlags flags = productFlags,
+                          std::chrono::steady_clock::duration latency = usualLatency);
   ~ReportedEvents();
   ReportedEvents(const ReportedEvents &) = delete;
   ReportedEvents &operator=(const ReportedEvents &) = delete;
