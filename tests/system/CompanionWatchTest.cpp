@@ -1,6 +1,5 @@
 // halvern watch: what it prints for what the extension says. The extension is a stand-in, so that
 // the test decides what it says and when.
-#include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -9,6 +8,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/ExtensionStandIn.h"
@@ -112,11 +112,15 @@ TEST_F(CompanionWatch, EndsWellWhenItIsTerminatedWhileNobodyReadsWhatItPrints) {
   }
   extension_->announceChange(items);
   const int size = fcntl(reader, F_GETPIPE_SZ);
+  int heldBefore = 0;
+  int looksWithoutChange = 0;
   EXPECT_TRUE(turnMainLoopUntil([&] {
     int held = 0;
     ioctl(reader, FIONREAD, &held);
-    return held > size - PIPE_BUF;
-  }));
+    looksWithoutChange = std::exchange(heldBefore, held) == held ? looksWithoutChange + 1 : 0;
+    return held > size / 2 && looksWithoutChange > 10;
+  })) << heldBefore
+      << " bytes of " << size;
   watch.sendSignal(SIGTERM);
   EXPECT_EQ(watch.waitForEnd().status, 0);
   close(reader);
