@@ -18,7 +18,8 @@ namespace {
 using namespace std::chrono_literals;
 
 // Between two readings of the queue. Whoever changes files pays for each waking of this thread, so
-// it wakes rarely; the kernel's queue holds 16,384 events, which nobody makes in that time.
+// it wakes rarely. The kernel's queue holds 16,384 events; the fastest writer that was measured
+// makes 7,500 in that time, and where the processors are taken by others it may overflow.
 constexpr auto readingPause = 10ms;
 
 // How long directories are listed before the queue is looked at again.
