@@ -63,13 +63,13 @@ void compareFirstAnswers(int fileCount) {
   }
   const Runs answer = summaryOf(answers);
   const Runs status = summaryOf(statuses);
-  std::printf("| %7d | %7.1f (%.1f–%.1f) | %7.1f (%.1f–%.1f) | %.2f | %7.1f | %6.1f | %6.1f |\n",
-              fileCount, inMilliseconds(answer.median), inMilliseconds(answer.least),
-              inMilliseconds(answer.greatest), inMilliseconds(status.median),
-              inMilliseconds(status.least), inMilliseconds(status.greatest),
-              answer.median / status.median, inMilliseconds(firstEver),
-              static_cast<double>(peakMemoryOfProcess(processOfExtension(session.bus()))) / 1024,
-              static_cast<double>(statusMemory) / 1024);
+  std::printf(
+      "| %7d | %7.1f (%.1f–%.1f) | %7.1f (%.1f–%.1f) | %.2f | %7.1f | %6.1f | %6.1f |\n", fileCount,
+      inMilliseconds(answer.median), inMilliseconds(answer.least), inMilliseconds(answer.greatest),
+      inMilliseconds(status.median), inMilliseconds(status.least), inMilliseconds(status.greatest),
+      answer.median / status.median, inMilliseconds(firstEver),
+      static_cast<double>(peakMemoryOfProcess(std::to_string(session.extensionProcess()))) / 1024,
+      static_cast<double>(statusMemory) / 1024);
   std::fflush(stdout);
 }
 

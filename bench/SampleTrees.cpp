@@ -18,14 +18,3 @@ WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount) 
   wc.svn({"update", "--quiet"});
   return wc;
 }
-
-std::string processOfExtension(const PrivateBus &bus) {
-  const auto connection = bus.connect();
-  const platform::VariantHandle reply(g_dbus_connection_call_sync(
-      connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "GetConnectionUnixProcessID", g_variant_new("(s)", "com.morvane.v3.finder"), nullptr,
-      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-  guint32 process = 0;
-  g_variant_get(reply.get(), "(u)", &process);
-  return std::to_string(process);
-}

@@ -15,6 +15,3 @@ void writeTree(const std::string &path, int fileCount, int filesInOne);
 
 // A clean working copy of that many files, below the directory.
 WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount);
-
-// The identifier of the extension process that runs on the bus.
-std::string processOfExtension(const PrivateBus &bus);
