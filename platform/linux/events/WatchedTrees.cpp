@@ -176,7 +176,8 @@ void WatchedTrees::rest(const WatchedDirectory &directory) {
   }
   const int opened = takeWatch(pathOfOpen(stream.get()), Inotify::everyChange);
   if (opened == directory.watch) {
-    inotify_->replaceWatch(pathOfOpen(stream.get()), Inotify::everyChange & ~IN_MODIFY);
+    inotify_->replaceWatch(pathOfOpen(stream.get()),
+                           Inotify::everyChange & ~std::uint32_t{IN_MODIFY});
   } else {
     release({opened});
   }

@@ -7,8 +7,8 @@
 // moves within its tree keeps its watches; one that leaves loses them. "pristine" and "tmp" inside
 // ".svn" are left out, and so are the extension's own files; of the files whose contents change in
 // ".svn" itself only the first is reported, until what was reported has been handed on. No symbolic
-// link is followed, except a root that is one. What the queue says of a path may be out of date by the time it is read; then a
-// later event in the queue puts it right.
+// link is followed, except a root that is one. What the queue says of a path may be out of date by
+// the time it is read; then a later event in the queue puts it right.
 #pragma once
 
 #include <chrono>
