@@ -37,5 +37,6 @@ std::string LiveFixture::wrongBadges(std::set<std::string> items) {
 
 void LiveFixture::turnFor(std::chrono::milliseconds duration) {
   const gint64 end = g_get_monotonic_time() + duration.count() * 1000;
-  turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; });
+  while (!turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; })) {
+  }
 }
