@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "tests/support/PublicNames.h"
+
 using platform::ErrorHandle;
 using platform::ErrorOut;
 using platform::Handle;
@@ -9,11 +11,6 @@ using platform::StringHandle;
 using platform::VariantHandle;
 
 namespace {
-
-// Written out here, not taken from the program: they are what other programs rely on.
-constexpr const char *busName = "com.morvane.v3.finder";
-constexpr const char *objectPath = "/com/morvane/v3/finder";
-constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
 
 void appendBadges(GVariant *parameters, BusClient::Badges &badges) {
   GVariantIter *iteratorOut = nullptr;

@@ -11,6 +11,7 @@ extern "C" {
 }
 
 #include "platform/linux/LinuxPropertyListFiles.h"
+#include "tests/support/PublicNames.h"
 
 using platform::Dictionary;
 using platform::FileURL;
@@ -38,8 +39,8 @@ pid_t processOfExtension(const PrivateBus &bus) {
   const ObjectHandle<GDBusConnection> connection = bus.connect();
   const VariantHandle reply(g_dbus_connection_call_sync(
       connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "GetConnectionUnixProcessID", g_variant_new("(s)", "com.morvane.v3.finder"),
-      G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+      "GetConnectionUnixProcessID", g_variant_new("(s)", busName), G_VARIANT_TYPE("(u)"),
+      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
   if (reply == nullptr) {
     return -1;
   }

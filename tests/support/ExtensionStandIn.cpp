@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "platform/FileURL.h"
+#include "tests/support/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;
@@ -13,11 +14,6 @@ using platform::Handle;
 using platform::VariantHandle;
 
 namespace {
-
-// Written out here, not taken from the program: they are what other programs rely on.
-constexpr const char *busName = "com.morvane.v3.finder";
-constexpr const char *objectPath = "/com/morvane/v3/finder";
-constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
 
 std::string pathOf(const std::string &url) {
   const auto decoded = FileURL::fromText(url);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/FileURL.h"
+#include "tests/support/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;
@@ -12,10 +13,6 @@ using platform::VariantHandle;
 
 namespace {
 
-// Written out here, not taken from the program: they are what other programs rely on.
-constexpr const char *busName = "com.morvane.v3.finder";
-constexpr const char *objectPath = "/com/morvane/v3/finder";
-constexpr const char *interfaceName = "com.morvane.v3.FinderSync1";
 constexpr const char *propertiesInterface = "org.freedesktop.DBus.Properties";
 
 constexpr guint firstRestartDelay = 1;      // seconds
