@@ -1,7 +1,7 @@
 // The companion program: halvern.
 #include "companion/Commands.h"
 #include "companion/Help.h"
-#include "companion/SubversionLibrary.h"
+#include "companion/subversion/SubversionLibrary.h"
 #include "platform/linux/StandardStreams.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <regex>
 #include <set>
 
-#include "companion/ListedPlace.h"
+#include "companion/list/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/MainContextQueues.h"
 #include "tests/support/ExtensionSession.h"

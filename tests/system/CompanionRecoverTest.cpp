@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "companion/ListedPlace.h"
+#include "companion/list/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/MainContextQueues.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "companion/BadgeTree.h"
+#include "companion/badges/BadgeTree.h"
 
 using namespace companion;
 

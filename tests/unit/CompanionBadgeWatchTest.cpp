@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "companion/BadgeWatch.h"
 #include "companion/PathText.h"
-#include "companion/RestartDelay.h"
+#include "companion/badges/BadgeWatch.h"
+#include "companion/badges/RestartDelay.h"
 
 using namespace companion;
 using std::chrono::seconds;

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "companion/Manifest.h"
-#include "companion/ManifestLock.h"
+#include "companion/list/Manifest.h"
+#include "companion/list/ManifestLock.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "tests/support/TemporaryDirectory.h"
 

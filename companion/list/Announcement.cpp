@@ -1,0 +1,37 @@
+#include "companion/list/Announcement.h"
+
+#include <string>
+
+#include "companion/Output.h"
+#include "companion/SessionBus.h"
+#include "platform/linux/DBusNotificationCenter.h"
+#include "platform/linux/GLibHandles.h"
+#include "platform/linux/MainContextQueues.h"
+
+namespace companion {
+
+using platform::ErrorHandle;
+using platform::ErrorOut;
+using platform::ObjectHandle;
+using platform::VariantHandle;
+
+void announceManifest() {
+  ErrorHandle error;
+  const ObjectHandle<GDBusConnection> connection = connectToSessionBus(error);
+  VariantHandle answer;
+  if (connection != nullptr) {
+    platform::MainContextQueues queues;
+    platform::DBusNotificationCenter(connection.get(), queues.mainQueue())
+        .postNotification("com.morvane.finderSync.manifestUpdated");
+    // The bus takes messages in order: its answer to this one says that it has the one before.
+    answer.reset(g_dbus_connection_call_sync(
+        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
+  }
+  if (answer == nullptr) {
+    printError(std::string("the list is saved, but the session bus cannot be reached (") +
+               error->message + "); a running extension will notice at its next start");
+  }
+}
+
+}  // namespace companion

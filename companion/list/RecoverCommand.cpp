@@ -1,0 +1,168 @@
+#include <cerrno>
+#include <cstdio>
+#include <unistd.h>
+
+#include <glib.h>
+
+#include "companion/Commands.h"
+#include "companion/PathText.h"
+#include "companion/SharedDirectory.h"
+#include "companion/list/Announcement.h"
+#include "companion/list/ListedPlace.h"
+#include "companion/list/ManifestEditor.h"
+#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/LinuxPosixAccess.h"
+#include "platform/linux/LinuxPropertyListFiles.h"
+
+namespace companion {
+
+using platform::Array;
+using platform::Data;
+using platform::Dictionary;
+using platform::FileURL;
+using platform::Result;
+
+namespace {
+
+// What came of one request. A request that failed is still there.
+struct Answer {
+  std::vector<std::string> recovered;    // paths
+  std::vector<std::string> unreachable;  // each with its reason
+  bool isPublished = false;
+  std::optional<std::string> failure;
+};
+
+std::string withReason(const FileURL &file, const std::string &reason) {
+  return displayedPath(file.path()) + ": " + reason;
+}
+
+// A fresh bookmark of the place, if it can be reached.
+Result<Data> freshBookmark(const ListedPlace &place) {
+  using platform::PosixAccess;
+  if (!place.currentPath) {
+    return Result<Data>::failure(place.reason);
+  }
+  platform::LinuxPosixAccess access;
+  const int error = access.access(
+      *place.currentPath, PosixAccess::readable | PosixAccess::writable | PosixAccess::searchable);
+  if (error != 0) {
+    return Result<Data>::failure(access.textOfError(error));
+  }
+  return platform::LinuxBookmarks().bookmarkDataForURL(
+      FileURL::fromPath(*place.currentPath, /*isDirectory=*/true),
+      platform::BookmarkCreationOptions::none);
+}
+
+// Gives the entry a fresh bookmark and says in the answer how that went.
+void recoverEntry(platform::PropertyList &entry, const std::string &identifier, Answer &answer) {
+  const ListedPlace place = placeOfEntry(entry);
+  const Result<Data> bookmark = freshBookmark(place);
+  if (!bookmark) {
+    answer.unreachable.push_back((place.bestPath() ? displayedPath(*place.bestPath())
+                                                   : "entry " + displayedPath(identifier)) +
+                                 ": cannot be reached: " + bookmark.reason());
+    return;
+  }
+  Dictionary renewed = *entry.as<Dictionary>();
+  renewed.insert_or_assign("bookmark", *bookmark);
+  entry = std::move(renewed);
+  answer.recovered.push_back(*place.currentPath);
+}
+
+// Answers the request in `file`, which it first takes from the extension by renaming it to `taken`;
+// the extension may write the next one meanwhile. No file, no request: another run had it.
+Answer answerRequest(const FileURL &file, const FileURL &taken) {
+  Answer answer;
+  Result<ManifestEditor> editor = ManifestEditor::open();
+  if (!editor) {
+    answer.failure = editor.reason();
+    return answer;
+  }
+  if (!entryExists(file.path())) {
+    return answer;
+  }
+  platform::LinuxPropertyListFiles files;
+  Result<Dictionary> request = files.dictionaryWithContentsOfURL(file);
+  if (request && file != taken) {
+    if (std::rename(file.path().c_str(), taken.path().c_str()) != 0) {
+      answer.failure = withReason(file, g_strerror(errno));
+      return answer;
+    }
+    // Read once more: it may have been replaced by a longer one before it was taken.
+    request = files.dictionaryWithContentsOfURL(taken);
+  }
+  if (!request && file == taken &&
+      std::rename(taken.path().c_str(), (taken.path() + ".unreadable").c_str()) == 0) {
+    answer.unreachable.push_back(
+        "a recovery request that was left over cannot be read and was put "
+        "aside: " +
+        withReason(taken, request.reason()));
+    return answer;
+  }
+  if (!request) {
+    answer.failure = "the recovery request cannot be read: " + withReason(file, request.reason());
+    return answer;
+  }
+
+  Array entries = editor->entries();
+  for (platform::PropertyList &entry : entries) {
+    const std::string *identifier = textInEntry(entry, "wcID");
+    if (identifier != nullptr && request->contains(*identifier)) {
+      recoverEntry(entry, std::string(*identifier), answer);
+    }
+  }
+  if (!answer.recovered.empty()) {
+    answer.failure = editor->publish(std::move(entries));
+    answer.isPublished = !answer.failure;
+  }
+  if (!answer.failure && unlink(taken.path().c_str()) != 0) {
+    answer.failure = withReason(taken, g_strerror(errno));
+  }
+  return answer;
+}
+
+}  // namespace
+
+ExitStatus recoverWorkingCopies(Output &output) {
+  const Result<FileURL> directory = sharedDirectoryURL();
+  if (!directory) {
+    printError(directory.reason());
+    return exitFailed;
+  }
+  const FileURL request = directory->appendingPathComponent("RecoveryRequest.plist");
+  const FileURL taken = directory->appendingPathComponent("RecoveryRequest.taken.plist");
+
+  ExitStatus status = exitDone;
+  bool isPublished = false;
+  // A taken request was left by a run that did not come to its end. It comes first, because taking
+  // the next one would replace it.
+  for (const FileURL &file : {taken, request}) {
+    if (!entryExists(file.path())) {
+      continue;
+    }
+    const Answer answer = answerRequest(file, taken);
+    if (answer.isPublished) {
+      isPublished = true;
+      for (const std::string &path : answer.recovered) {
+        output.writeLine("recovered " + displayedPath(path));
+      }
+    }
+    for (const std::string &line : answer.unreachable) {
+      printError(line);
+      status = exitFailed;
+    }
+    if (answer.failure) {
+      printError(*answer.failure);
+      status = exitFailed;
+      break;
+    }
+  }
+  if (isPublished) {
+    announceManifest();
+  } else if (status == exitDone) {
+    output.writeLine("nothing to recover");
+  }
+  return status;
+}
+
+}  // namespace companion
