@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "companion/open/Conversation.h"
-#include "companion/open/Report.h"
+#include "companion/conversation/Conversation.h"
+#include "companion/conversation/Report.h"
 
 namespace companion {
 

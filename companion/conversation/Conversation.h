@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "companion/open/Report.h"
+#include "companion/conversation/Report.h"
 #include "platform/Result.h"
 
 namespace companion {
