@@ -120,7 +120,7 @@ void measureLookUp() {
                                         }
                                         return nullptr;
                                       });
-  fakes.fileManager.containers.emplace("7KQ2M9XR4T.com.morvane.shared",
+  fakes.fileManager.containers.emplace(platform::applicationGroupIdentifier,
                                        platform::FileURL::fromPath("/group", true));
   fakes.bookmarks.paths["wc"] = "/wc";
   fakes.propertyListFiles.files["/group/FinderSync/Manifest.plist"] = {

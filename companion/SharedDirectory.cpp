@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <sys/stat.h>
 
+#include "platform/SharedDirectory.h"
 #include "platform/linux/LinuxFileManager.h"
 
 namespace companion {
@@ -11,15 +12,14 @@ using platform::FileURL;
 using platform::Result;
 
 Result<FileURL> sharedDirectoryURL() {
-  const std::optional<FileURL> container =
-      platform::LinuxFileManager().containerURLForSecurityApplicationGroupIdentifier(
-          "7KQ2M9XR4T.com.morvane.shared");
-  if (!container) {
+  platform::LinuxFileManager fileManager;
+  std::optional<FileURL> directory = platform::sharedDirectoryURL(fileManager);
+  if (!directory) {
     return Result<FileURL>::failure(
         "there is no place for the list of working copies: neither XDG_DATA_HOME nor HOME is an "
         "absolute path");
   }
-  return container->appendingPathComponent("FinderSync", /*isDirectory=*/true);
+  return *std::move(directory);
 }
 
 bool entryExists(const std::string &path) {

@@ -1,17 +1,19 @@
 // The extension's principal object, where everything meets: turns the file manager's requests into
 // requests to the registry and the registry's answers into what the file manager shows; hands the
-// working copies' roots to the file manager and to the folder monitor; and has what changed on disk
-// shown anew.
+// working copies' roots to the file manager and to the folder monitor; has what changed on disk
+// shown anew; and offers the menu whose commands it hands to the containing application.
 //
-// Made, used and destroyed on the main thread; no entry point blocks, except that its making draws
-// the badges and reads the manifest. It keeps no reference to the registry but asks for the shared
-// one each time.
+// Made, used and destroyed on the main thread. No entry point blocks, except that its making draws
+// the badges and reads the manifest, and that an action writes a small file. It keeps no reference
+// to the registry but asks for the shared one each time.
 #pragma once
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "monitor/KTRFinderSyncFolderMonitor.h"
 #include "platform/Drawing.h"
@@ -39,6 +41,20 @@ class KTRFinderSync final : public platform::FIFinderSync {
   // Sets the item's badge, or the empty one, once it is known.
   void requestBadgeIdentifierForURL(const platform::FileURL &itemURL) override;
 
+  // The submenu of commands, the same whatever is selected, for items and for a folder's
+  // background; elsewhere none. commands/ContextMenu.cpp holds this and the actions.
+  std::optional<platform::Menu> menuForMenuKind(platform::FIMenuKind kind) override;
+  bool performAction(std::string_view action) override;
+
+  // The menu's actions: each hands its command over with what is selected when it is called. How
+  // that went is not told.
+  void showInHalvern();
+  void updateItems();
+  void commitItems();
+  void addItems();
+  void ignoreItems();
+  void revertItems();
+
  private:
   friend struct FinderSyncPeer;  // the unit tests' view of the private operations
 
@@ -64,6 +80,22 @@ class KTRFinderSync final : public platform::FIFinderSync {
   // Has the changed items and the folders above them shown anew, from a fresh scan.
   void p_workingCopyDidChangeAtRootURL(const platform::FileURL &rootURL,
                                        const platform::FileURLSet &changedURLs);
+
+  // The hand-over of a command, in commands/CommandHandOff.cpp. The four keep no state.
+  //
+  // The standardised paths of the selected items, else of the folder that the menu was opened on.
+  // What a command file cannot hold, such as a name that is not UTF-8, is left out.
+  std::vector<std::string> p_selectedItemPaths() const;
+
+  // The application whose bundle this extension lies in, else the installed one; none without one.
+  std::optional<platform::FileURL> p_containingAppURL() const;
+
+  // Writes the command file and has the application open the URL that names it. Ends quietly where
+  // something is missing or fails; the application is never told of a file that is not there.
+  void p_sendCommand(std::string_view action) const;
+
+  // Removes what has lain there for more than an hour, whatever it is.
+  void p_deleteStaleCommandFilesInDirectory(const platform::FileURL &directoryURL) const;
 
   platform::Services &i_services;
   const SharedWorkingCopies i_sharedWorkingCopies;

@@ -18,11 +18,11 @@ enum class FIMenuKind : std::uint32_t {
 
 struct Menu;
 
+// Always enabled, without a shortcut, an image or a mark.
 struct MenuItem {
-  bool isSeparator = false;
+  bool isSeparator = false;  // then all else is empty
   std::string title;
-  std::string action;  // such as "updateItems:"; empty for none
-  std::string keyEquivalent;
+  std::string action;                   // such as "updateItems:"; empty for none
   std::shared_ptr<const Menu> submenu;  // null for none
 };
 

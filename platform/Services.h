@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/Bookmarks.h"
+#include "platform/Bundle.h"
 #include "platform/DistributedNotifications.h"
 #include "platform/Drawing.h"
 #include "platform/EventStream.h"
@@ -13,7 +14,9 @@
 #include "platform/PropertyList.h"
 #include "platform/Queues.h"
 #include "platform/SystemLog.h"
+#include "platform/UUIDs.h"
 #include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
 
 namespace platform {
 
@@ -31,6 +34,9 @@ struct Services {
   SystemLogs &systemLogs;
   EventStreams &eventStreams;
   FIFinderSyncController &finderSyncController;
+  Bundle &bundle;
+  UUIDs &uuids;
+  Workspace &workspace;
 };
 
 // The services of this process. Each platform, the one for tests included, provides the function;

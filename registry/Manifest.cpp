@@ -1,19 +1,9 @@
 // The shared directory and the manifest in it.
+#include "platform/SharedDirectory.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
 
-namespace {
-
-constexpr const char *applicationGroup = "7KQ2M9XR4T.com.morvane.shared";
-
-}  // namespace
-
 std::optional<platform::FileURL> KTRFinderSyncWorkingCopies::p_groupDirectoryURL() {
-  const std::optional<platform::FileURL> container =
-      i_services.fileManager.containerURLForSecurityApplicationGroupIdentifier(applicationGroup);
-  if (!container) {
-    return std::nullopt;
-  }
-  return container->appendingPathComponent("FinderSync", /*isDirectory=*/true);
+  return platform::sharedDirectoryURL(i_services.fileManager);
 }
 
 std::optional<platform::Dictionary> KTRFinderSyncWorkingCopies::p_loadManifest() {
@@ -22,7 +12,7 @@ std::optional<platform::Dictionary> KTRFinderSyncWorkingCopies::p_loadManifest()
   const std::optional<platform::FileURL> directory = p_groupDirectoryURL();
   if (!directory) {
     p_log().write(platform::LogLevel::error, "No app group container for {}",
-                  {platform::publicArgument(applicationGroup)});
+                  {platform::publicArgument(platform::applicationGroupIdentifier)});
     return std::nullopt;
   }
   platform::Result<platform::Dictionary> manifest =

@@ -1,13 +1,39 @@
 #include "platform/linux/LinuxFileManager.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <glib.h>
 
+#include "platform/linux/DirectoryStream.h"
+#include "platform/linux/FileRemoval.h"
 #include "platform/linux/UserDirectories.h"
 
 namespace platform {
+
+namespace {
+
+using SystemTime = Clock::TimePoint;
+
+// Times that the clock cannot count, 292 years from now, are the last or first that it can.
+SystemTime pointInTime(const timespec &time) {
+  using std::chrono::seconds;
+  const auto limit = std::chrono::duration_cast<seconds>(SystemTime::duration::max()).count() - 1;
+  const auto whole = std::clamp<std::int64_t>(time.tv_sec, -limit, limit);
+  return SystemTime(seconds(whole) + std::chrono::nanoseconds(time.tv_nsec));
+}
+
+std::optional<SystemTime> modificationDate(DIR *directory, const char *name) {
+  struct stat status {};
+  if (fstatat(dirfd(directory), name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return std::nullopt;
+  }
+  return pointInTime(status.st_mtim);
+}
+
+}  // namespace
 
 std::optional<FileURL> LinuxFileManager::containerURLForSecurityApplicationGroupIdentifier(
     const std::string &groupIdentifier) {
@@ -36,6 +62,25 @@ Outcome LinuxFileManager::createDirectoryWithIntermediates(const FileURL &url) {
     return Outcome::failure(g_strerror(errno));
   }
   return Done();
+}
+
+Outcome LinuxFileManager::visitContentsOfDirectory(
+    const FileURL &url, const std::function<bool(const DirectoryEntry &)> &visit) {
+  const DirectoryStream directory = openDirectory(AT_FDCWD, url.path().c_str(), LastLink::refuse);
+  if (directory == nullptr) {
+    return Outcome::failure(g_strerror(errno));
+  }
+  while (const dirent *entry = nextEntry(directory.get())) {
+    const char *name = entry->d_name;
+    if (!visit({url.appendingPathComponent(name), modificationDate(directory.get(), name)})) {
+      break;
+    }
+  }
+  return Done();
+}
+
+Outcome LinuxFileManager::removeItem(const FileURL &url) {
+  return removeFile(url.path(), removalPatience_);
 }
 
 }  // namespace platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "platform/FileManager.h"
 
 namespace platform {
@@ -8,13 +10,23 @@ namespace platform {
 // with mode 0700.
 class LinuxFileManager final : public FileManager {
  public:
+  // `removalPatience` is how long one removal may take.
+  explicit LinuxFileManager(std::chrono::milliseconds removalPatience = std::chrono::seconds(1))
+      : removalPatience_(removalPatience) {}
+
   std::optional<FileURL> containerURLForSecurityApplicationGroupIdentifier(
       const std::string &groupIdentifier) override;
   bool fileExistsAtPath(const std::string &path) override;
   Outcome createDirectoryWithIntermediates(const FileURL &url) override;
+  Outcome visitContentsOfDirectory(
+      const FileURL &url, const std::function<bool(const DirectoryEntry &)> &visit) override;
+  Outcome removeItem(const FileURL &url) override;
 
   // The folder of all group containers; none without a home.
   static std::optional<std::string> groupContainersPath();
+
+ private:
+  const std::chrono::milliseconds removalPatience_;
 };
 
 }  // namespace platform

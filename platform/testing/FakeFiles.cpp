@@ -22,6 +22,33 @@ Outcome FakeFileManager::createDirectoryWithIntermediates(const FileURL &url) {
   return Done();
 }
 
+Outcome FakeFileManager::visitContentsOfDirectory(
+    const FileURL &url, const std::function<bool(const DirectoryEntry &)> &visit) {
+  journal_.note("list " + url.path());
+  const auto found = contents.find(url.path());
+  if (found == contents.end()) {
+    return Outcome::failure("No such directory");
+  }
+  for (const DirectoryEntry &entry : std::vector(found->second)) {
+    if (!visit(entry)) {
+      break;
+    }
+  }
+  return Done();
+}
+
+Outcome FakeFileManager::removeItem(const FileURL &url) {
+  journal_.note("remove " + url.path());
+  whileRemoving();
+  if (lastingPaths.contains(url.path())) {
+    return Outcome::failure("it lasts");
+  }
+  for (auto &[path, entries] : contents) {
+    std::erase_if(entries, [&](const DirectoryEntry &entry) { return entry.url == url; });
+  }
+  return Done();
+}
+
 Result<Dictionary> FakePropertyListFiles::dictionaryWithContentsOfURL(const FileURL &url) {
   journal_.note("read " + url.path());
   whileReading();
@@ -64,6 +91,13 @@ int FakePosixAccess::access(const std::string &path, int mode) {
 
 std::string FakePosixAccess::textOfError(int errorNumber) {
   return "error text " + std::to_string(errorNumber);
+}
+
+std::string FakePaths::standardizedPath(std::string_view path) const {
+  standardized.emplace_back(path);
+  const std::string result = lexicallyStandardizedPath(path, "/home/tester");
+  return privatePaths.contains(result) ? result.substr(std::string_view("/private").size())
+                                       : result;
 }
 
 }  // namespace platform::testing

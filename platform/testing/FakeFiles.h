@@ -25,10 +25,18 @@ class FakeFileManager final : public FileManager {
       const std::string &groupIdentifier) override;
   bool fileExistsAtPath(const std::string &path) override;
   Outcome createDirectoryWithIntermediates(const FileURL &url) override;
+  Outcome visitContentsOfDirectory(
+      const FileURL &url, const std::function<bool(const DirectoryEntry &)> &visit) override;
+  Outcome removeItem(const FileURL &url) override;
 
   std::map<std::string, FileURL> containers;  // by group identifier
   std::set<std::string> existingPaths;
   bool directoriesCanBeCreated = true;
+
+  // What lies directly inside the directory of that path, in this order.
+  std::map<std::string, std::vector<DirectoryEntry>> contents;
+  std::set<std::string> lastingPaths;  // what cannot be removed
+  std::function<void()> whileRemoving = [] {};
 
  private:
   Journal &journal_;
@@ -76,13 +84,13 @@ class FakePosixAccess final : public PosixAccess {
   Journal &journal_;
 };
 
-// The home directory is "/home/tester"; nothing lies below "/private".
+// The home directory is "/home/tester".
 class FakePaths final : public Paths {
  public:
-  std::string standardizedPath(std::string_view path) const override {
-    standardized.emplace_back(path);
-    return lexicallyStandardizedPath(path, "/home/tester");
-  }
+  std::string standardizedPath(std::string_view path) const override;
+
+  // Paths below "/private" that lead to the same item without it.
+  std::set<std::string, std::less<>> privatePaths;
 
   // What was asked for, in that order.
   mutable std::vector<std::string> standardized;

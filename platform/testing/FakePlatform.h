@@ -9,6 +9,7 @@
 
 #include "platform/Services.h"
 #include "platform/testing/FakeBookmarks.h"
+#include "platform/testing/FakeDesktop.h"
 #include "platform/testing/FakeEventStreams.h"
 #include "platform/testing/FakeFiles.h"
 #include "platform/testing/HandCrankedQueues.h"
@@ -41,6 +42,12 @@ class RecordingFinderSyncController final : public FIFinderSyncController {
   void setBadgeImage(const Image &image, std::string_view label,
                      std::string_view badgeIdentifier) override;
   void setBadgeIdentifier(std::string_view badgeIdentifier, const FileURL &itemURL) override;
+  std::vector<FileURL> selectedItemURLs() override { return selected; }
+  std::optional<FileURL> targetedURL() override { return targeted; }
+
+  // What the user has chosen.
+  std::vector<FileURL> selected;
+  std::optional<FileURL> targeted;
 
   struct BadgeImage {
     std::string identifier;
@@ -83,6 +90,9 @@ struct FakePlatform {
   RecordingSystemLogs systemLogs;
   FakeEventStreams eventStreams{journal};
   RecordingFinderSyncController finderSyncController{journal};
+  FakeBundle bundle;
+  FakeUUIDs uuids;
+  RecordingWorkspace workspace{journal};
 
   Services services{queues,
                     queues,
@@ -96,7 +106,10 @@ struct FakePlatform {
                     posixAccess,
                     systemLogs,
                     eventStreams,
-                    finderSyncController};
+                    finderSyncController,
+                    bundle,
+                    uuids,
+                    workspace};
 };
 
 // The platform behind `platform::processServices()` in a program of unit tests.

@@ -21,6 +21,19 @@ struct FinderSyncPeer {
                                                changed);
   }
 
+  std::vector<std::string> selectedItemPaths() const { return finderSync.p_selectedItemPaths(); }
+
+  // Its path; "" for none.
+  std::string containingApp() const {
+    const std::optional<platform::FileURL> url = finderSync.p_containingAppURL();
+    return url ? url->path() : "";
+  }
+
+  void sendCommand(std::string_view action) const { finderSync.p_sendCommand(action); }
+  void deleteStaleCommandFiles(const std::string &directory) const {
+    finderSync.p_deleteStaleCommandFilesInDirectory(platform::FileURL::fromPath(directory, true));
+  }
+
   platform::Image badgeImage(std::string_view symbolName, platform::SystemColor color) const {
     return finderSync.p_badgeImageWithSymbolName(symbolName, color);
   }

@@ -2,32 +2,15 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/DirectoryStream.h"
+
 namespace platform {
 
 namespace {
-
-struct CloseDirectory {
-  void operator()(DIR *directory) const { closedir(directory); }
-};
-using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
-
-DirectoryStream openDirectory(const std::string &path, bool followsLink) {
-  const int descriptor =
-      open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followsLink ? 0 : O_NOFOLLOW));
-  if (descriptor < 0) {
-    return nullptr;
-  }
-  DirectoryStream stream(fdopendir(descriptor));
-  if (stream == nullptr) {
-    close(descriptor);
-  }
-  return stream;
-}
 
 bool isDirectory(DIR *stream, const dirent &entry) {
   if (entry.d_type != DT_UNKNOWN) {
@@ -174,7 +157,8 @@ void WatchedTrees::rest(const WatchedDirectory &directory) {
   if (!resting_.insert(directory.watch).second) {
     return;
   }
-  const DirectoryStream stream = openDirectory(trees_.path(directory), false);
+  const DirectoryStream stream =
+      openDirectory(AT_FDCWD, trees_.path(directory).c_str(), LastLink::refuse);
   if (stream == nullptr) {
     return;
   }
@@ -328,7 +312,8 @@ void WatchedTrees::work(std::chrono::steady_clock::duration duration) {
 void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
   const Root &root = roots_[directory.tree];
   const std::string path = trees_.path(directory);
-  const DirectoryStream stream = openDirectory(path, directory.parent == nullptr);
+  const DirectoryStream stream = openDirectory(
+      AT_FDCWD, path.c_str(), directory.parent == nullptr ? LastLink::follow : LastLink::refuse);
   // The path may lead somewhere else by now. What was opened and what is watched is the same
   // directory if it has the same watch. (Without the process file system that cannot be known.)
   const std::string openedPath = stream == nullptr ? "" : pathOfOpen(stream.get());
@@ -338,11 +323,8 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
     release({opened});
     return;
   }
-  while (const dirent *entry = readdir(stream.get())) {
+  while (const dirent *entry = nextEntry(stream.get())) {
     const std::string name = entry->d_name;
-    if (name == "." || name == "..") {
-      continue;
-    }
     const bool isFolder = isDirectory(stream.get(), *entry);
     if (!isFolder && !isNew) {
       continue;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/BusNames.h"
 #include "platform/linux/process/BadgeIcons.h"
+#include "platform/linux/process/MenuMessage.h"
 #include "platform/linux/process/RequestArguments.h"
 
 using platform::ErrorHandle;
@@ -80,29 +81,51 @@ struct FinderSyncService::Handlers {
     return handled;
   }
 
-  // No menu is offered, so there is no action to perform either.
-  static gboolean menuForMenuKind(Skeleton *skeleton, Invocation *invocation, guint /*kind*/,
-                                  Texts selected, const char *targeted,
-                                  FinderSyncService * /*self*/) {
-    const ErrorHandle error = checkSelection(invocation, selected, targeted);
-    if (error) {
+  static gboolean menuForMenuKind(Skeleton *skeleton, Invocation *invocation, guint kind,
+                                  Texts selected, const char *targeted, FinderSyncService *self) {
+    ErrorHandle error;
+    auto request = menuRequestFromArguments(invocation, selected, targeted, nullptr, error);
+    if (!request) {
       return answerError(invocation, error);
     }
+    const MenuScope scope(*self, *std::move(request));
     halvern_finder_sync1_complete_menu_for_menu_kind(
-        skeleton, invocation, g_variant_new_array(G_VARIANT_TYPE("(sa(sss))"), nullptr, 0));
+        skeleton, invocation,
+        menuVariant(self->principalObject_->menuForMenuKind(platform::FIMenuKind{kind})));
     return handled;
   }
 
-  static gboolean performMenuAction(Skeleton * /*skeleton*/, Invocation *invocation,
-                                    const char *action, Texts selected, const char *targeted,
-                                    GVariant * /*platformData*/, FinderSyncService * /*self*/) {
-    ErrorHandle error = checkSelection(invocation, selected, targeted);
-    if (!error) {
+  static gboolean performMenuAction(Skeleton *skeleton, Invocation *invocation, const char *action,
+                                    Texts selected, const char *targeted, GVariant *platformData,
+                                    FinderSyncService *self) {
+    ErrorHandle error;
+    auto request = menuRequestFromArguments(invocation, selected, targeted, platformData, error);
+    if (!request) {
+      return answerError(invocation, error);
+    }
+    const MenuScope scope(*self, *std::move(request));
+    if (!self->principalObject_->performAction(action)) {
       error.reset(g_error_new(G_DBUS_ERROR, G_DBUS_ERROR_INVALID_ARGS,
                               "There is no menu action “%s”", action));
+      return answerError(invocation, error);
     }
-    return answerError(invocation, error);
+    halvern_finder_sync1_complete_perform_menu_action(skeleton, invocation);
+    return handled;
   }
+
+  // The principal object can ask for the selection while this lives.
+  class MenuScope {
+   public:
+    MenuScope(FinderSyncService &service, MenuRequest request) : service_(service) {
+      service_.menuRequest_ = std::move(request);
+    }
+    ~MenuScope() { service_.menuRequest_ = {}; }
+    MenuScope(const MenuScope &) = delete;
+    MenuScope &operator=(const MenuScope &) = delete;
+
+   private:
+    FinderSyncService &service_;
+  };
 };
 
 void FinderSyncService::connectHandlers() {

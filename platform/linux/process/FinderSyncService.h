@@ -9,6 +9,7 @@
 #include "platform/FinderSync.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/process/BadgeAnswers.h"
+#include "platform/linux/process/MenuRequest.h"
 
 class FinderSyncService final : public platform::FIFinderSyncController {
  public:
@@ -37,6 +38,11 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   void setBadgeIdentifier(std::string_view badgeIdentifier,
                           const platform::FileURL &itemURL) override;
 
+  // Of the menu call that is dealt with at the moment; empty and none otherwise.
+  std::vector<platform::FileURL> selectedItemURLs() override { return menuRequest_.selected; }
+  std::optional<platform::FileURL> targetedURL() override { return menuRequest_.targeted; }
+  const std::string &activationToken() const { return menuRequest_.activationToken; }
+
  private:
   struct Handlers;
 
@@ -59,6 +65,7 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   platform::FIFinderSync *principalObject_ = nullptr;
   std::vector<Badge> badges_;  // in order of registration
   BadgeAnswers answers_;
+  MenuRequest menuRequest_;
   guint sendSource_ = 0;      // 0 while nothing is to be sent
   bool isGathering_ = false;  // whether that source waits for more
 };

@@ -11,6 +11,9 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/desktop/LinuxBundle.h"
+#include "platform/linux/desktop/LinuxUUIDs.h"
+#include "platform/linux/desktop/LinuxWorkspace.h"
 #include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
 #include "platform/linux/process/BadgeIcons.h"
@@ -37,21 +40,15 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
 }
 
 struct LinuxServices {
-  LinuxServices(GDBusConnection *connection, platform::FIFinderSyncController &finderSyncController)
+  LinuxServices(GDBusConnection *connection, FinderSyncService &service)
       : notificationCenter(connection, queues.mainQueue()),
-        services{clock,
-                 queues,
-                 paths,
-                 fileManager,
-                 files,
-                 userDefaults,
-                 bookmarks,
-                 drawing,
-                 notificationCenter,
-                 posixAccess,
-                 systemLogs,
-                 eventStreams,
-                 finderSyncController} {}
+        workspace(connection, [&service] { return service.activationToken(); }),
+        services{clock,       queues,     paths,
+                 fileManager, files,      userDefaults,
+                 bookmarks,   drawing,    notificationCenter,
+                 posixAccess, systemLogs, eventStreams,
+                 service,     bundle,     uuids,
+                 workspace} {}
 
   platform::SystemClock clock;
   platform::MainContextQueues queues;
@@ -65,6 +62,9 @@ struct LinuxServices {
   platform::LinuxPosixAccess posixAccess;
   platform::GLibSystemLogs systemLogs;
   platform::LinuxEventStreams eventStreams{systemLogs, ownFiles(userDefaults)};
+  platform::LinuxBundle bundle{HALVERN_LOCALE_PATH};
+  platform::LinuxUUIDs uuids;
+  platform::LinuxWorkspace workspace;
   platform::Services services;
 };
 
@@ -73,9 +73,8 @@ LinuxServices *started = nullptr;
 
 }  // namespace
 
-void startProcessServices(GDBusConnection *connection,
-                          platform::FIFinderSyncController &finderSyncController) {
-  started = new LinuxServices(connection, finderSyncController);  // NOLINT: see above
+void startProcessServices(GDBusConnection *connection, FinderSyncService &service) {
+  started = new LinuxServices(connection, service);  // NOLINT: see above
 }
 
 platform::Services &platform::processServices() {

@@ -38,12 +38,3 @@ std::optional<FileURL> urlFromArgument(const char *text, ErrorHandle &error) {
   }
   return url;
 }
-
-ErrorHandle checkSelection(GDBusMethodInvocation *invocation, const char *const *selected,
-                           const char *targeted) {
-  ErrorHandle error = checkCallSize(invocation);
-  if (!error && urlsFromArgument(selected, error) && *targeted != '\0') {
-    urlFromArgument(targeted, error);
-  }
-  return error;
-}

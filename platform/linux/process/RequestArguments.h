@@ -18,7 +18,3 @@ platform::ErrorHandle checkCallSize(GDBusMethodInvocation *invocation);
 std::optional<std::vector<platform::FileURL>> urlsFromArgument(const char *const *texts,
                                                                platform::ErrorHandle &error);
 std::optional<platform::FileURL> urlFromArgument(const char *text, platform::ErrorHandle &error);
-
-// The same for a call that carries a selection; an empty `targeted` means none.
-platform::ErrorHandle checkSelection(GDBusMethodInvocation *invocation, const char *const *selected,
-                                     const char *targeted);

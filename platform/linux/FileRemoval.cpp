@@ -1,0 +1,94 @@
+#include "platform/linux/FileRemoval.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <glib.h>
+
+#include "platform/Paths.h"
+#include "platform/linux/DirectoryStream.h"
+
+namespace platform {
+
+namespace {
+
+// Each level needs a file descriptor, of which a process often may have 1,024.
+constexpr int greatestDepth = 256;
+
+class Removal {
+ public:
+  Removal(std::chrono::milliseconds patience, dev_t device)
+      : deadline_(std::chrono::steady_clock::now() + patience), device_(device) {}
+
+  // The error number; 0 if the entry is gone.
+  int removeEntry(int parent, const char *name, int depth) {
+    if (std::chrono::steady_clock::now() > deadline_) {
+      return ETIMEDOUT;
+    }
+    if (unlinkat(parent, name, 0) == 0) {
+      return 0;
+    }
+    return errno == EISDIR ? removeDirectory(parent, name, depth) : errno;
+  }
+
+ private:
+  int removeDirectory(int parent, const char *name, int depth) {
+    if (depth > greatestDepth) {
+      return ELOOP;
+    }
+    const DirectoryStream directory = openDirectory(parent, name, LastLink::refuse);
+    struct stat status {};
+    if (directory == nullptr || fstat(dirfd(directory.get()), &status) != 0) {
+      return errno;
+    }
+    if (status.st_dev != device_) {
+      return EXDEV;
+    }
+    int error = removeContents(directory.get(), depth);
+    if (error == 0 && unlinkat(parent, name, AT_REMOVEDIR) != 0) {
+      error = errno;
+    }
+    if (error != 0) {
+      const timespec dates[] = {status.st_atim, status.st_mtim};
+      futimens(dirfd(directory.get()), dates);
+    }
+    return error;
+  }
+
+  // What cannot be removed keeps nothing else from it.
+  int removeContents(DIR *directory, int depth) {
+    int firstError = 0;
+    while (const dirent *entry = nextEntry(directory)) {
+      const int error = removeEntry(dirfd(directory), entry->d_name, depth + 1);
+      if (error == ETIMEDOUT) {
+        return error;
+      }
+      if (firstError == 0) {
+        firstError = error;
+      }
+    }
+    return firstError;
+  }
+
+  const std::chrono::steady_clock::time_point deadline_;
+  const dev_t device_;
+};
+
+}  // namespace
+
+Outcome removeFile(const std::string &path, std::chrono::milliseconds patience) {
+  const std::string parentPath(parentOfPath(path));
+  const std::string name = path.substr(path.rfind('/') + 1);
+  const DirectoryStream parent = openDirectory(AT_FDCWD, parentPath.c_str(), LastLink::follow);
+  struct stat status {};
+  if (parent == nullptr || fstat(dirfd(parent.get()), &status) != 0) {
+    return Outcome::failure(g_strerror(errno));
+  }
+  Removal removal(patience, status.st_dev);
+  const int error = removal.removeEntry(dirfd(parent.get()), name.c_str(), 0);
+  return error == 0 ? Outcome(Done()) : Outcome::failure(g_strerror(error));
+}
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// Other applications on Linux: desktop entries, found and launched through GIO. On the main thread.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/Workspace.h"
+#include "platform/linux/GLibHandles.h"
+
+namespace platform {
+
+class LinuxWorkspace final : public Workspace {
+ public:
+  // The token with which the desktop lets an application come forward, as it came with the request
+  // that is dealt with at the moment; empty for none.
+  using ActivationToken = std::function<std::string()>;
+
+  // `connection` is that to the session bus.
+  LinuxWorkspace(GDBusConnection *connection, ActivationToken activationToken);
+
+  // The desktop entry of that name.
+  std::optional<FileURL> urlForApplicationWithBundleIdentifier(
+      const std::string &bundleIdentifier) override;
+
+  // An application URL that is no desktop entry stands for the one of the containing application.
+  // What is launched belongs to the session and not to this process: neither the end of this
+  // process nor a signal to its group or its unit ends it.
+  void openURLs(const std::vector<std::string> &urls, const FileURL &applicationURL,
+                bool activates) override;
+
+ private:
+  const ObjectHandle<GDBusConnection> connection_;
+  const ActivationToken activationToken_;
+};
+
+}  // namespace platform
