@@ -9,7 +9,7 @@
 #include "companion/list/Announcement.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
-#include "companion/list/WorkingCopyRoot.h"
+#include "companion/subversion/WorkingCopyRoot.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/LinuxBookmarks.h"
 

@@ -40,4 +40,8 @@ std::optional<std::string> userConfigurationDirectory() {
   return baseDirectory("XDG_CONFIG_HOME", "/.config");
 }
 
+std::optional<std::string> userStateDirectory() {
+  return baseDirectory("XDG_STATE_HOME", "/.local/state");
+}
+
 }  // namespace platform

@@ -1,0 +1,133 @@
+#include <optional>
+
+#include "companion/PathText.h"
+#include "companion/subversion/ClientSession.h"
+#include "companion/subversion/CommitProposal.h"
+#include "companion/subversion/CommitRun.h"
+#include "companion/subversion/FailureReason.h"
+#include "companion/subversion/KeptMessage.h"
+#include "companion/subversion/SelectedItems.h"
+#include "companion/subversion/WorkingCopyCommands.h"
+#include "platform/Text.h"
+
+namespace companion {
+
+using platform::Result;
+
+namespace {
+
+// Runs one half of the command: before the user is asked, or after. Returns why it could not.
+std::string withSession(Conversation &conversation,
+                        const std::function<void(ClientSession &)> &work) {
+  const auto session = ClientSession::open(conversation.hasTerminal());
+  if (!session) {
+    return session.reason();
+  }
+  work(**session);
+  return "";
+}
+
+// Subversion wants a newline alone at the end of each line.
+std::string withPlainLineEnds(const std::string &text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\r') {
+      plain += text[i];
+    } else if (i + 1 == text.size() || text[i + 1] != '\n') {
+      plain += '\n';
+    }
+  }
+  return plain;
+}
+
+bool isBlank(const std::string &text) {
+  return text.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
+// Keeps the message once, however many commits fail. Returns what to tell about it.
+class MessageKeeper {
+ public:
+  explicit MessageKeeper(const std::string &message) : message_(message) {}
+
+  std::string keep() {
+    if (!kept_) {
+      kept_ = keepMessage(message_);
+    }
+    return *kept_ ? "; the message is kept in " + displayedPath(**kept_)
+                  : "; the message could not be kept (" + kept_->reason() +
+                        "); it is: " + oneLine(message_);
+  }
+
+ private:
+  const std::string message_;
+  std::optional<Result<std::string>> kept_;
+};
+
+void commit(const CommitProposal &proposal, const std::string &message, ClientSession &session,
+            Conversation &conversation, MessageKeeper &keeper, Report &report) {
+  const CommitOutcome outcome = runCommit(proposal, message, session, conversation);
+  if (!SVN_IS_VALID_REVNUM(outcome.revision)) {
+    addFailure(report, proposal.root, "nothing was committed: " + outcome.failure + keeper.keep());
+    return;
+  }
+  const std::string revision = "revision " + std::to_string(outcome.revision);
+  report.done.push_back("committed " + revision + ": " + countOf(outcome.itemCount, "item") +
+                        " in " + displayedPath(proposal.root));
+  if (!outcome.failure.empty()) {
+    addFailure(report, proposal.root,
+               revision + " was committed, but then there was a failure: " + outcome.failure);
+  }
+}
+
+void commitAll(const std::vector<CommitProposal> &proposals, const std::string &message,
+               Conversation &conversation, Report &report) {
+  MessageKeeper keeper(message);
+  const std::string plain = withPlainLineEnds(message);
+  std::string reason = platform::isValidUTF8(plain) ? "" : "the message is not valid UTF-8";
+  if (reason.empty()) {
+    reason = withSession(conversation, [&](ClientSession &session) {
+      for (const CommitProposal &proposal : proposals) {
+        commit(proposal, plain, session, conversation, keeper, report);
+      }
+    });
+  }
+  if (!reason.empty()) {
+    report.failures.push_back("nothing was committed: " + reason + keeper.keep());
+  }
+}
+
+}  // namespace
+
+Report commitItems(const std::vector<std::string> &paths, Conversation &conversation) {
+  Report report;
+  reportExceptions(report, [&] {
+    std::vector<CommitProposal> proposals;
+    const std::string reason = withSession(conversation, [&](ClientSession &session) {
+      proposals = commitProposals(paths, session, report);
+      if (session.isInterrupted()) {
+        proposals.clear();
+      }
+    });
+    if (!reason.empty()) {
+      report.failures.push_back("nothing was committed: " + reason);
+    }
+    if (proposals.empty()) {
+      return;
+    }
+    std::vector<std::string> lines;
+    for (const CommitProposal &proposal : proposals) {
+      lines.insert(lines.end(), proposal.lines.begin(), proposal.lines.end());
+    }
+    const Result<std::optional<std::string>> message = conversation.askForMessage(lines);
+    if (!message) {
+      report.failures.push_back("nothing was committed: " + message.reason());
+    } else if (!*message || isBlank(**message)) {
+      report.done.emplace_back("nothing was committed");
+    } else {
+      commitAll(proposals, **message, conversation, report);
+    }
+  });
+  return report;
+}
+
+}  // namespace companion

@@ -1,0 +1,144 @@
+#include "companion/subversion/FailureReason.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <initializer_list>
+
+#include <svn_error_codes.h>
+
+#include "companion/PathText.h"
+#include "companion/subversion/AdministrativeDirectory.h"
+#include "platform/Text.h"
+#include "platform/linux/GLibHandles.h"
+
+namespace companion {
+
+namespace {
+
+std::string cleanupCommand(const std::string &path) {
+  const std::string folder = administeredFolder(path);
+  return svnCommand("cleanup", folder.empty() ? path : folder);
+}
+
+std::string upgradeCommand(const std::string &path) {
+  const std::string folder = topmostAdministeredFolder(path);
+  return svnCommand("upgrade", folder.empty() ? path : folder);
+}
+
+bool isCausedBy(const SubversionError &error, std::initializer_list<int> numbers) {
+  return std::any_of(numbers.begin(), numbers.end(), [&error](int number) {
+    return svn_error_find_cause(error.get(), number) != nullptr;
+  });
+}
+
+// What every error of the chain says: the first often says no more than that there is another.
+std::string wordsOf(const SubversionError &error) {
+  std::string words;
+  for (const svn_error_t *link = svn_error_purge_tracing(error.get()); link != nullptr;
+       link = link->child) {
+    char buffer[1024];
+    const std::string message = oneLine(svn_err_best_message(link, buffer, sizeof buffer));
+    if (link->child != nullptr && message.ends_with("(details follow):")) {
+      continue;
+    }
+    char number[16];
+    std::snprintf(number, sizeof number, "E%06d: ", link->apr_err);
+    words += (words.empty() ? "" : "; ") + (number + message);
+  }
+  return words;
+}
+
+}  // namespace
+
+std::string reasonOf(const SubversionError &error, const std::string &path) {
+  if (isCausedBy(error, {SVN_ERR_CANCELLED})) {
+    // The library does not give up the lock while there are steps left that it has written down.
+    return "interrupted; if the working copy stays locked, run: " + cleanupCommand(path);
+  }
+  if (isCausedBy(error, {SVN_ERR_WC_UPGRADE_REQUIRED})) {
+    return "a working copy in a format of an older Subversion; to bring it up to date run: " +
+           upgradeCommand(path);
+  }
+  if (isCausedBy(error, {SVN_ERR_WC_UNSUPPORTED_FORMAT})) {
+    return "a working copy that was made by a newer Subversion (" + messageOf(error) + ")";
+  }
+  if (isCausedBy(error, {SVN_ERR_WC_LOCKED})) {
+    return "the working copy is locked; if no other program is at work in it, run: " +
+           cleanupCommand(path);
+  }
+  if (isCausedBy(error, {SVN_ERR_WC_CLEANUP_REQUIRED})) {
+    return "an earlier command in the working copy was interrupted; run: " + cleanupCommand(path);
+  }
+  if (isCausedBy(error, {SVN_ERR_SQLITE_BUSY})) {
+    return "the working copy is locked, because another program is at work in it; try again when "
+           "that is done (" +
+           wordsOf(error) + ")";
+  }
+  if (isCausedBy(error, {SVN_ERR_WC_FOUND_CONFLICT})) {
+    return "in conflict; " + cureOfConflict(path) + " (" + wordsOf(error) + ")";
+  }
+  if (isCausedBy(error,
+                 {SVN_ERR_WC_NOT_UP_TO_DATE, SVN_ERR_FS_TXN_OUT_OF_DATE, SVN_ERR_RA_OUT_OF_DATE})) {
+    return "out of date; update it first (" + wordsOf(error) + ")";
+  }
+  if (isCausedBy(error, {SVN_ERR_RA_NOT_AUTHORIZED, SVN_ERR_AUTHN_FAILED, SVN_ERR_AUTHN_NO_PROVIDER,
+                         SVN_ERR_AUTHN_CREDS_UNAVAILABLE})) {
+    return "the server did not accept the login; to be asked for it, run in a terminal: " +
+           svnCommand("update", path) + " (" + wordsOf(error) + ")";
+  }
+  if (error->apr_err == SVN_ERR_WC_NOT_WORKING_COPY ||
+      error->apr_err == SVN_ERR_CLIENT_NO_VERSIONED_PARENT) {
+    return "not a Subversion working copy";
+  }
+  return wordsOf(error);
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  bool isGap = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    // U+0080 to U+009F are control characters of two bytes.
+    const bool isLongControl = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
+    if (byte <= 0x20 || byte == 0x7f || isLongControl) {
+      isGap = true;
+      i += isLongControl ? 1 : 0;
+      continue;
+    }
+    if (isGap && !line.empty()) {
+      line += ' ';
+    }
+    isGap = false;
+    line += text[i];
+  }
+  return line;
+}
+
+std::string reasonAgainstPath(const std::string &path) {
+  const SubversionPool pool;
+  if (isAcceptedPath(path, pool)) {
+    return "";
+  }
+  return platform::isValidUTF8(path)
+             ? "not an absolute path in its shortest form"
+             : "its name is not valid UTF-8, and Subversion accepts no other names";
+}
+
+std::string svnCommand(const std::string &words, const std::string &path) {
+  // What follows the last "@" is a revision to it, be that nothing.
+  const std::string argument =
+      displayedPath(path) + (path.find('@') == std::string::npos ? "" : "@");
+  const bool isPlain = std::all_of(argument.begin(), argument.end(), [](char character) {
+    return g_ascii_isalnum(character) || static_cast<unsigned char>(character) >= 0x80 ||
+           std::string_view("/._-+@%:,=").find(character) != std::string_view::npos;
+  });
+  return "svn " + words + " " +
+         (isPlain ? argument : platform::StringHandle(g_shell_quote(argument.c_str())).get());
+}
+
+std::string cureOfConflict(const std::string &path) {
+  return "settle it, then run: " + svnCommand("resolve --accept working", path);
+}
+
+}  // namespace companion

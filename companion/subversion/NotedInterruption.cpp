@@ -1,0 +1,41 @@
+#include "companion/subversion/NotedInterruption.h"
+
+namespace companion {
+
+namespace {
+
+constexpr std::array<int, 2> signals = {SIGINT, SIGTERM};
+
+volatile std::sig_atomic_t isNoted = 0;
+
+void noteSignal(int /*signal*/) {
+  isNoted = 1;
+}
+
+}  // namespace
+
+NotedInterruption::NotedInterruption() {
+  isNoted = 0;
+  struct sigaction noting {};
+  noting.sa_handler = noteSignal;
+  // So that a wait for a server that does not answer can be ended all the same.
+  noting.sa_flags = static_cast<int>(SA_RESETHAND);
+  for (std::size_t i = 0; i < signals.size(); ++i) {
+    sigaction(signals[i], nullptr, &earlier_[i]);
+    if (earlier_[i].sa_handler != SIG_IGN) {
+      sigaction(signals[i], &noting, nullptr);
+    }
+  }
+}
+
+NotedInterruption::~NotedInterruption() {
+  for (std::size_t i = 0; i < signals.size(); ++i) {
+    sigaction(signals[i], &earlier_[i], nullptr);
+  }
+}
+
+bool NotedInterruption::isThere() const {
+  return isNoted != 0;
+}
+
+}  // namespace companion

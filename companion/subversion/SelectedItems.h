@@ -1,0 +1,40 @@
+// What the commands have in common about the items that the user selected.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "companion/conversation/Report.h"
+#include "companion/subversion/ClientSession.h"
+
+namespace companion {
+
+// Each path once; those that lie beneath another one stand behind all that do not. Else the order
+// stays.
+std::vector<std::string> outermostFirst(const std::vector<std::string> &paths);
+
+// Whether the path lies beneath one of the folders; a folder does not lie beneath itself.
+bool isBeneathOneOf(const std::string &path, const std::vector<std::string> &folders);
+
+// Does the work for each item, outermost first, but for those of which the library cannot be asked
+// and those that an interruption leaves over; they become failures. Whatever one item's work throws
+// does not keep the others from being done.
+void forEachItem(const std::vector<std::string> &paths, const ClientSession &session,
+                 Report &report, const std::function<void(const std::string &path)> &work);
+
+// Runs a part of a command; what it throws becomes a failure.
+void reportExceptions(Report &report, const std::function<void()> &work);
+
+// The line of a failure that concerns one item.
+void addFailure(Report &report, const std::string &path, const std::string &reason);
+
+// "1 item", "2 items".
+std::string countOf(std::size_t count, const std::string &noun);
+
+// How a step names a path while the selected item is dealt with: by what the user sees beside that
+// item.
+std::string stepName(std::string_view path, const std::string &selected);
+
+}  // namespace companion

@@ -1,0 +1,188 @@
+// Reverting items, on real working copies.
+#include <filesystem>
+
+#include "tests/companion/CommandFixture.h"
+
+using companion::revertItems;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class RevertItems : public CommandFixture {
+ protected:
+  RevertItems() {
+    wc.addFile("docs/readme.txt", "one\n");
+    wc.addFile("docs/more.txt", "one\n");
+    wc.svn({"update", "--quiet"});
+  }
+};
+
+TEST_F(RevertItems, AsksOnceWithAllThatWouldBeLostAndThenReverts) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  wc.svn({"propset", "--quiet", "a", "b", "docs"});
+  fs::remove(wc / "docs/more.txt");
+  writeFile(wc / "docs/new.txt", "new\n");
+  wc.svn({"add", "--quiet", "docs/new.txt"});
+  writeFile(wc / "docs/unversioned.txt", "");
+  expectReport(revertItems({wc / "docs"}, conversation), {"reverted " + wc / "docs"}, {});
+  ASSERT_THAT(conversation.asked, SizeIs(1));
+  EXPECT_THAT(conversation.asked[0], UnorderedElementsAre("properties modified " + wc / "docs",
+                                                          "modified " + wc / "docs/readme.txt",
+                                                          "missing " + wc / "docs/more.txt",
+                                                          "added " + wc / "docs/new.txt"));
+  EXPECT_THAT(conversation.buttons, ElementsAre("Revert"));
+  EXPECT_THAT(conversation.told,
+              UnorderedElementsAre("reverted docs", "reverted docs/readme.txt",
+                                   "reverted docs/more.txt", "reverted docs/new.txt"));
+  EXPECT_EQ(status(), "?       docs/new.txt\n?       docs/unversioned.txt\n");
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "one\n");
+  EXPECT_EQ(readFileForTest(wc / "docs/new.txt"), "new\n");
+}
+
+TEST_F(RevertItems, ChangesNothingUnlessTheUserAgrees) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  conversation.agreement = false;
+  expectReport(revertItems({wc / "docs"}, conversation), {"nothing was reverted"}, {});
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "two\n");
+}
+
+TEST_F(RevertItems, ChangesNothingWhereTheUserCannotBeAsked) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  conversation.agreement = platform::Result<bool>::failure("there is no display");
+  expectReport(revertItems({wc / "docs"}, conversation), {},
+               {"nothing was reverted: there is no display"});
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "two\n");
+}
+
+TEST_F(RevertItems, SaysWithoutAskingThatThereIsNothingToRevert) {
+  writeFile(wc / "docs/unversioned.txt", "");
+  expectReport(
+      revertItems({wc / "docs", wc / "docs/readme.txt"}, conversation),
+      {"nothing to revert in " + wc / "docs", "nothing to revert in " + wc / "docs/readme.txt"},
+      {});
+  EXPECT_THAT(conversation.asked, IsEmpty());
+}
+
+TEST_F(RevertItems, RevertsNamesOfAllKindsByTheirNames) {
+  Lines paths;
+  for (const std::string &name : namesOfAllKinds) {
+    writeFile(wc / name, "one\n");
+    paths.push_back(wc / name);
+  }
+  wc.svn({"add", "--force", "--quiet", "."});
+  wc.commit();
+  for (const std::string &path : paths) {
+    writeFile(path, "two\n");
+  }
+  writeFile(wc / "docs/readme.txt", "two\n");
+  const companion::Report report = revertItems(paths, conversation);
+  EXPECT_THAT(report.done, SizeIs(namesOfAllKinds.size()));
+  EXPECT_THAT(report.failures, IsEmpty());
+  EXPECT_EQ(status(), "M       docs/readme.txt\n");
+}
+
+TEST_F(RevertItems, DeletedReplacedAndConflictedItemsComeBack) {
+  wc.svn({"delete", "--quiet", "docs/readme.txt"});
+  wc.svn({"delete", "--quiet", "docs/more.txt"});
+  writeFile(wc / "docs/more.txt", "replaced\n");
+  wc.svn({"add", "--quiet", "docs/more.txt"});
+  expectReport(revertItems({wc.path()}, conversation), {"reverted " + wc.path()}, {});
+  ASSERT_THAT(conversation.asked, SizeIs(1));
+  EXPECT_THAT(conversation.asked[0], UnorderedElementsAre("deleted " + wc / "docs/readme.txt",
+                                                          "replaced " + wc / "docs/more.txt"));
+  EXPECT_EQ(status(), "");
+}
+
+TEST_F(RevertItems, AConflictIsRevertedWithItsFiles) {
+  const WorkingCopy other = wc.checkOutAgain("other");
+  writeFile(other / "docs/readme.txt", "theirs\n");
+  other.commit();
+  writeFile(wc / "docs/readme.txt", "mine\n");
+  wc.svn({"update", "--quiet", "--accept", "postpone"});
+  expectReport(revertItems({wc / "docs/readme.txt"}, conversation),
+               {"reverted " + wc / "docs/readme.txt"}, {});
+  EXPECT_THAT(conversation.asked, ElementsAre(ElementsAre("conflicted " + wc / "docs/readme.txt")));
+  EXPECT_EQ(status(), "");
+}
+
+TEST_F(RevertItems, ACopyIsNamedAsOne) {
+  wc.svn({"copy", "--quiet", "docs/readme.txt", "copy.txt"});
+  revertItems({wc / "copy.txt"}, conversation);
+  EXPECT_THAT(conversation.asked, ElementsAre(ElementsAre("copied " + wc / "copy.txt")));
+}
+
+TEST_F(RevertItems, RepeatedAndNestedItemsAreAskedForOnceAndToldOnceEach) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  expectReport(
+      revertItems({wc / "docs/readme.txt", wc / "docs", wc / "docs/readme.txt"}, conversation),
+      {"reverted " + wc / "docs", "reverted " + wc / "docs/readme.txt"}, {});
+  EXPECT_THAT(conversation.asked, ElementsAre(ElementsAre("modified " + wc / "docs/readme.txt")));
+  EXPECT_THAT(conversation.told, ElementsAre("reverted docs/readme.txt"));
+}
+
+TEST_F(RevertItems, OneThatFailsDoesNotKeepTheOthersFromBeingDone) {
+  writeFile(directory / "elsewhere.txt", "");
+  writeFile(wc / "unversioned.txt", "");
+  writeFile(wc / "docs/readme.txt", "two\n");
+  expectReport(
+      revertItems({directory / "elsewhere.txt", wc / "unversioned.txt", wc / "none.txt",
+                   wc / "\xff", wc / "docs/more.txt", wc / "docs/readme.txt"},
+                  conversation),
+      {"nothing to revert in " + wc / "docs/more.txt", "reverted " + wc / "docs/readme.txt"},
+      {directory / "elsewhere.txt" + ": not a Subversion working copy",
+       wc / "unversioned.txt" + ": not under version control",
+       wc / "none.txt" + ": No such file or directory",
+       wc / "\xff" + ": its name is not valid UTF-8, and Subversion accepts no other "
+                     "names"});
+}
+
+TEST_F(RevertItems, WhatWasChangedWhileTheUserWasAskedIsNotLost) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  conversation.whileAsking = [this] { writeFile(wc / "docs/more.txt", "three\n"); };
+  expectReport(
+      revertItems({wc / "docs"}, conversation), {},
+      {wc / "docs" + ": nothing of it was reverted, because more was changed in it meanwhile: " +
+       wc / "docs/more.txt"});
+  EXPECT_EQ(status(), "M       docs/more.txt\nM       docs/readme.txt\n");
+}
+
+TEST_F(RevertItems, OtherWorkingCopiesInsideStayAsTheyAre) {
+  wc.svn({"propset", "--quiet", "svn:externals", "^/docs linked", "."});
+  wc.commit();
+  wc.svn({"update", "--quiet"});
+  writeFile(wc / "linked/readme.txt", "changed\n");
+  writeFile(wc / "docs/readme.txt", "changed\n");
+  revertItems({wc.path()}, conversation);
+  EXPECT_EQ(readFileForTest(wc / "linked/readme.txt"), "changed\n");
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "one\n");
+  EXPECT_THAT(conversation.asked, ElementsAre(ElementsAre("modified " + wc / "docs/readme.txt")));
+}
+
+// It belongs to the working copy, unlike a folder from elsewhere.
+TEST_F(RevertItems, AFileThatAnExternalDefinitionBroughtIsAskedForAndReverted) {
+  wc.svn({"propset", "--quiet", "svn:externals", "^/docs/readme.txt linked.txt", "."});
+  wc.commit();
+  wc.svn({"update", "--quiet"});
+  writeFile(wc / "linked.txt", "changed\n");
+  revertItems({wc.path()}, conversation);
+  EXPECT_THAT(conversation.asked, ElementsAre(ElementsAre("modified " + wc / "linked.txt")));
+  EXPECT_EQ(readFileForTest(wc / "linked.txt"), "one\n");
+}
+
+TEST_F(RevertItems, AWorkingCopyThatAnotherProgramHasLockedIsAFailureWithItsCure) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  const LockingProgram program(directory, wc);
+  expectReport(revertItems({wc / "docs"}, conversation), {},
+               {wc / "docs" +
+                ": the working copy is locked; if no other program is at work in "
+                "it, run: svn cleanup " +
+                wc.path()});
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "two\n");
+}
+
+}  // namespace
