@@ -8,6 +8,7 @@
 #include "companion/ExitStatus.h"
 #include "companion/Options.h"
 #include "companion/Output.h"
+#include "companion/open/CommandHandlers.h"
 
 namespace companion {
 
@@ -29,5 +30,8 @@ ExitStatus watchBadges(const Options &options, Output &output);
 
 // Answers the extension's request for fresh bookmarks, if there is one.
 ExitStatus recoverWorkingCopies(Output &output);
+
+// Takes the command that the URL names from the extension and has it carried out, once.
+ExitStatus openCommand(const Options &options, const CommandHandlers &handlers, Output &output);
 
 }  // namespace companion

@@ -7,7 +7,7 @@ namespace {
 constexpr std::string_view programHelp = R"(Usage: halvern COMMAND [OPTION…] [PATH…]
 
 Tells Halvern's file-manager extension which Subversion working copies there are,
-and shows the badges that it gives.
+shows the badges that it gives, and carries out the commands of its menu.
 
 Commands:
   add PATH…        put working copies on the list
@@ -16,6 +16,7 @@ Commands:
   badges [PATH…]   print badges, as the file manager shows them
   watch [PATH…]    print badges when they change, until interrupted
   recover          renew access to the working copies that the extension cannot reach
+  open URL         carry out a command of the file manager's context menu
 
 Options:
   -h, --help       print this help; after a command, the help on that command
@@ -75,6 +76,19 @@ Options:
   -h, --help             print this help
 )";
 
+constexpr std::string_view openHelp = R"(Usage: halvern open URL
+
+Carries out a command of the file manager's context menu. The extension leaves it in a
+file and has the desktop open a URL, halvern://finder-sync-command?id=UUID, with this
+program. What has to be asked is asked in the terminal or, without one, in a window.
+Without a terminal, a notification tells how it went.
+
+Options:
+      --in-terminal-window   opens no further window for asking, and waits for Enter at the
+                             end; with this the program starts itself in a terminal window
+  -h, --help                 print this help
+)";
+
 constexpr std::string_view recoverHelp = R"(Usage: halvern recover
 
 Answers a request of the extension, which it makes when it cannot reach listed working
@@ -100,6 +114,8 @@ std::string_view helpText(std::optional<Command> command) {
       return watchHelp;
     case Command::recover:
       return recoverHelp;
+    case Command::open:
+      return openHelp;
   }
   return programHelp;
 }

@@ -12,21 +12,22 @@ using platform::Result;
 
 namespace {
 
-enum class PathCount { none, any, atLeastOne };
+enum class Operands { none, paths, atLeastOnePath, oneURL };
 
 struct CommandSyntax {
   std::string_view name;
   Command command;
-  PathCount paths;
+  Operands operands;
 };
 
-constexpr std::array<CommandSyntax, 6> commands = {{
-    {"add", Command::add, PathCount::atLeastOne},
-    {"remove", Command::remove, PathCount::atLeastOne},
-    {"list", Command::list, PathCount::none},
-    {"badges", Command::badges, PathCount::any},
-    {"watch", Command::watch, PathCount::any},
-    {"recover", Command::recover, PathCount::none},
+constexpr std::array<CommandSyntax, 7> commands = {{
+    {"add", Command::add, Operands::atLeastOnePath},
+    {"remove", Command::remove, Operands::atLeastOnePath},
+    {"list", Command::list, Operands::none},
+    {"badges", Command::badges, Operands::paths},
+    {"watch", Command::watch, Operands::paths},
+    {"recover", Command::recover, Operands::none},
+    {"open", Command::open, Operands::oneURL},
 }};
 
 const CommandSyntax *syntaxOfCommand(std::string_view name) {
@@ -102,15 +103,53 @@ Problem readBadgesOption(std::string_view option, Options &options) {
   return std::nullopt;
 }
 
+Problem readOpenOption(std::string_view option, Options &options) {
+  if (option != "--in-terminal-window") {
+    return unknownOption(option);
+  }
+  options.isInTerminalWindow = true;
+  return std::nullopt;
+}
+
 Problem readOption(Command command, std::string_view option, Options &options) {
   switch (command) {
     case Command::badges:
       return readBadgesOption(option, options);
     case Command::watch:
       return readWatchOption(option, options);
+    case Command::open:
+      return readOpenOption(option, options);
     default:
       return unknownOption(option);
   }
+}
+
+Problem tooMany(std::string_view operand) {
+  return "too many arguments: " + displayedPath(operand);
+}
+
+// Each argument that is no option was taken for a path so far.
+Problem sortOperands(Operands expected, Options &options) {
+  std::vector<std::string> &given = options.paths;
+  switch (expected) {
+    case Operands::none:
+      return given.empty() ? std::nullopt : tooMany(given.front());
+    case Operands::paths:
+      return std::nullopt;
+    case Operands::atLeastOnePath:
+      return given.empty() ? Problem("no path is given") : std::nullopt;
+    case Operands::oneURL:
+      break;
+  }
+  if (given.empty()) {
+    return "no URL is given";
+  }
+  if (given.size() > 1) {
+    return tooMany(given[1]);
+  }
+  options.url = std::move(given.front());
+  given.clear();
+  return std::nullopt;
 }
 
 Result<Options> readCommandArguments(const CommandSyntax &syntax,
@@ -133,11 +172,8 @@ Result<Options> readCommandArguments(const CommandSyntax &syntax,
       }
     }
   }
-  if (syntax.paths == PathCount::atLeastOne && options.paths.empty()) {
-    return Result<Options>::failure("no path is given");
-  }
-  if (syntax.paths == PathCount::none && !options.paths.empty()) {
-    return Result<Options>::failure("too many arguments: " + displayedPath(options.paths.front()));
+  if (const Problem problem = sortOperands(syntax.operands, options)) {
+    return Result<Options>::failure(*problem);
   }
   return options;
 }

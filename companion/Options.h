@@ -10,7 +10,7 @@
 
 namespace companion {
 
-enum class Command { add, remove, list, badges, watch, recover };
+enum class Command { add, remove, list, badges, watch, recover, open };
 
 struct Options {
   enum class Action { runCommand, showHelp, showVersion };
@@ -24,6 +24,10 @@ struct Options {
   bool isRecursive = false;
   bool showsTree = false;
   Colors colors = Colors::automatic;
+
+  // Of "open".
+  std::string url;
+  bool isInTerminalWindow = false;  // that this program has opened
 
   // Of "badges" and "watch".
   std::chrono::seconds timeout{60};  // for which the extension may be silent

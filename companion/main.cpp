@@ -23,6 +23,8 @@ ExitStatus runCommand(const Options &options, Output &output) {
       return watchBadges(options, output);
     case Command::recover:
       return recoverWorkingCopies(output);
+    case Command::open:
+      return openCommand(options, handlerOfAction, output);
   }
   return exitUsage;
 }

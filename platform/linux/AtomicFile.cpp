@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace platform {
@@ -13,22 +14,6 @@ namespace {
 
 // More than any list of working copies needs; what is larger is not one of our files.
 constexpr off_t largestFile = 64 << 20;
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  ~FileDescriptor() {
-    if (descriptor_ >= 0) {
-      close(descriptor_);
-    }
-  }
-  FileDescriptor(const FileDescriptor &) = delete;
-  FileDescriptor &operator=(const FileDescriptor &) = delete;
-  operator int() const { return descriptor_; }  // NOLINT: it is the descriptor
-
- private:
-  const int descriptor_;
-};
 
 }  // namespace
 

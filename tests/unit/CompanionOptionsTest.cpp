@@ -74,7 +74,8 @@ TEST(CompanionOptions, OfferHelpOnTheProgramAndOnEachCommand) {
     ASSERT_TRUE(general);
     EXPECT_EQ(general->action, Options::Action::showHelp);
     EXPECT_EQ(general->command, std::nullopt);
-    for (const std::string command : {"add", "remove", "list", "badges", "watch", "recover"}) {
+    for (const std::string command :
+         {"add", "remove", "list", "badges", "watch", "recover", "open"}) {
       const auto options = optionsFromArguments({command, option});
       ASSERT_TRUE(options) << command;
       EXPECT_EQ(options->action, Options::Action::showHelp);
@@ -95,6 +96,19 @@ TEST(CompanionOptions, NameWhatIsWrong) {
   EXPECT_EQ(problemWith({"recover", "x"}), "too many arguments: x");
   EXPECT_EQ(problemWith({"badges", "--color=red"}), "--color is auto, always or never");
   EXPECT_EQ(problemWith({"badges", "--color"}), "--color needs a value, as in --color=always");
+}
+
+TEST(CompanionOptions, OfOpenAreOneURL) {
+  const auto options = optionsFromArguments({"open", "halvern://x?id=1"});
+  ASSERT_TRUE(options) << options.reason();
+  EXPECT_EQ(options->command, Command::open);
+  EXPECT_EQ(options->url, "halvern://x?id=1");
+  EXPECT_TRUE(options->paths.empty());
+  EXPECT_FALSE(options->isInTerminalWindow);
+  EXPECT_TRUE(optionsFromArguments({"open", "--in-terminal-window", "x"})->isInTerminalWindow);
+  EXPECT_EQ(problemWith({"open"}), "no URL is given");
+  EXPECT_EQ(problemWith({"open", "x", "y"}), "too many arguments: y");
+  EXPECT_EQ(problemWith({"open", "-R", "x"}), "unknown option: -R");
 }
 
 TEST(CompanionOptions, RefuseATimeoutThatIsNoNumberOfSeconds) {

@@ -1,0 +1,100 @@
+#include "companion/conversation/Editor.h"
+
+#include <filesystem>
+
+#include "companion/PathText.h"
+#include "companion/conversation/ForegroundProgram.h"
+#include "companion/conversation/MessageText.h"
+#include "platform/linux/AtomicFile.h"
+#include "platform/linux/GLibHandles.h"
+
+namespace companion {
+
+using platform::Outcome;
+using platform::Result;
+using platform::StringHandle;
+using Message = std::optional<std::string>;
+
+namespace {
+
+// A directory for this user alone, removed with all that is in it unless that is to be kept.
+class PrivateDirectory {
+ public:
+  explicit PrivateDirectory(std::string path) : path_(std::move(path)) {}
+  ~PrivateDirectory() {
+    if (!path_.empty() && !isKept_) {
+      std::error_code ignored;
+      std::filesystem::remove_all(path_, ignored);
+    }
+  }
+  PrivateDirectory(const PrivateDirectory &) = delete;
+  PrivateDirectory &operator=(const PrivateDirectory &) = delete;
+
+  const std::string &path() const { return path_; }
+  void keep() { isKept_ = true; }
+
+ private:
+  const std::string path_;
+  bool isKept_ = false;
+};
+
+Result<Message> failure(const std::string &reason) {
+  return Result<Message>::failure(reason);
+}
+
+}  // namespace
+
+Result<std::vector<std::string>> editorCommand(const std::string &file) {
+  for (const char *variable : {"SVN_EDITOR", "VISUAL", "EDITOR"}) {
+    const char *value = g_getenv(variable);
+    if (value != nullptr && *value != '\0') {
+      // The shell splits what the variable holds, and that alone. Like this program it outlives the
+      // keys that interrupt, which are the editor's.
+      return std::vector<std::string>{
+          "/bin/sh", "-c", "trap : INT QUIT; " + std::string(value) + " \"$@\"", value, file};
+    }
+  }
+  for (const char *name : {"editor", "sensible-editor", "nano", "vi"}) {
+    if (const StringHandle path(g_find_program_in_path(name)); path != nullptr) {
+      return std::vector<std::string>{path.get(), file};
+    }
+  }
+  return Result<std::vector<std::string>>::failure(
+      "there is no editor for the message; EDITOR may name one");
+}
+
+Result<Message> messageFromEditor(const std::vector<std::string> &items) {
+  platform::ErrorHandle error;
+  const StringHandle made(g_dir_make_tmp("halvern-XXXXXX", platform::ErrorOut(error)));
+  if (made == nullptr) {
+    return failure(std::string("there is no place for the message: ") + error->message);
+  }
+  PrivateDirectory directory(made.get());
+  const std::string file = directory.path() + "/commit message.txt";
+  const Outcome isWritten = platform::replaceFile(file, messageTemplate(items));
+  if (!isWritten) {
+    return failure("the file for the message: " + displayedPath(file) + ": " + isWritten.reason());
+  }
+  const Result<std::vector<std::string>> command = editorCommand(file);
+  if (!command) {
+    return failure(command.reason());
+  }
+
+  const Outcome isEdited = runInForeground(*command);
+  const Result<std::string> text = platform::readFile(file);
+  if (!text) {
+    return failure("the message: " + displayedPath(file) + ": " + text.reason());
+  }
+  Result<Message> message = messageOfText(*text);
+  if (isEdited && message) {
+    return message;
+  }
+  std::string reason = isEdited ? message.reason() : "the editor failed: " + isEdited.reason();
+  if (!message || *message) {
+    directory.keep();
+    reason += "; what was written is kept in " + displayedPath(file);
+  }
+  return failure(reason);
+}
+
+}  // namespace companion

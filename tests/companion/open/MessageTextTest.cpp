@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include "companion/conversation/MessageText.h"
+
+using companion::messageOfText;
+using companion::messageTemplate;
+
+namespace {
+
+std::optional<std::string> message(std::string_view text) {
+  const auto result = messageOfText(text);
+  EXPECT_TRUE(result) << result.reason();
+  return result ? *result : std::nullopt;
+}
+
+const std::string endLine =
+    "~~~ Write the message above this line. Nothing from here on goes into it. ~~~";
+
+}  // namespace
+
+TEST(MessageText, BeginsWithAnEmptyLineAndShowsTheItemsBelowTheEndOfTheMessage) {
+  EXPECT_EQ(messageTemplate({"M a.txt", "A b.txt"}), "\n" + endLine + "\n\nM a.txt\nA b.txt\n");
+}
+
+TEST(MessageText, ShowsNoMoreItemsThanAnEditorTakes) {
+  const std::string text = messageTemplate(std::vector<std::string>(1012, "M x"));
+  EXPECT_TRUE(text.ends_with("M x\nand 12 more\n"));
+}
+
+TEST(MessageText, ThatWasLeftAsItWasIsNoMessage) {
+  EXPECT_EQ(message(messageTemplate({"M a.txt"})), std::nullopt);
+  EXPECT_EQ(message(""), std::nullopt);
+  EXPECT_EQ(message(" \n\t\r\n\n" + endLine), std::nullopt);
+}
+
+TEST(MessageText, IsWhatStandsAboveTheLine) {
+  EXPECT_EQ(message("Fix it\n" + messageTemplate({"M a.txt"})), "Fix it");
+  EXPECT_EQ(message("Fix it\n" + endLine + "\r\nmore"), "Fix it");
+  EXPECT_EQ(message("~~~ Fix it\n" + endLine), "~~~ Fix it");
+}
+
+TEST(MessageText, LosesBlankLinesAtItsEndsAndKeepsThoseWithin) {
+  EXPECT_EQ(message("\n \n  Fix it\n\n\nand that  \n \n\t\n"), "  Fix it\n\n\nand that  ");
+}
+
+TEST(MessageText, HasLineFeedsAlone) {
+  EXPECT_EQ(message("one\r\ntwo\rthree\n\r\n"), "one\ntwo\nthree");
+}
+
+TEST(MessageText, MustBeUTF8) {
+  EXPECT_EQ(messageOfText("Gr\xfc\xdf"
+                          "e")
+                .reason(),
+            "the message is not valid UTF-8 text");
+  EXPECT_EQ(messageOfText(std::string("a\0b", 3)).reason(), "the message is not valid UTF-8 text");
+  EXPECT_EQ(message("Grüße 文書"), "Grüße 文書");
+  EXPECT_EQ(message("Fix it\n" + endLine + "\n\xff"), "Fix it");
+}

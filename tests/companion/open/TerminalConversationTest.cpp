@@ -1,0 +1,154 @@
+// Asking in a terminal.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/companion/open/OpenSession.h"
+#include "tests/support/PseudoTerminal.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+class TerminalConversation : public testing::Test {
+ protected:
+  // What is shown in the terminal once `keys` have answered the question.
+  std::string answered(const std::string &keys) const {
+    PseudoTerminal terminal(session.command(session.leave("revert", {"/wc/a"})),
+                            session.environment());
+    EXPECT_TRUE(terminal.waitFor("  /wc/a\nRevert these changes? [y/N] "));
+    terminal.type(keys);
+    const CommandResult result = terminal.waitForEnd();
+    EXPECT_EQ(result.status, 0);
+    return result.output.substr(result.output.find("[y/N] ") + 6);
+  }
+
+  // The same for a commit, with the editor that the environment names.
+  CommandResult committed() const {
+    PseudoTerminal terminal(session.command(session.leave("commit", {"/wc/a"})),
+                            session.environment());
+    return terminal.waitForEnd();
+  }
+
+  OpenSession session;
+};
+
+}  // namespace
+
+TEST_F(TerminalConversation, RevertsOnAYesAlone) {
+  EXPECT_EQ(answered("y\n"), "y\nreverted\n");
+  EXPECT_EQ(answered("YES\n"), "YES\nreverted\n");
+  EXPECT_EQ(answered("\n"), "\nnothing was reverted\n");
+  EXPECT_EQ(answered("n\n"), "n\nnothing was reverted\n");
+  EXPECT_EQ(answered("yesterday\n"), "yesterday\nnothing was reverted\n");
+  EXPECT_THAT(answered("\x04"), HasSubstr("\nnothing was reverted\n"));
+}
+
+TEST_F(TerminalConversation, CutsLongLists) {
+  PseudoTerminal terminal(
+      session.command(session.leave("revert", std::vector<std::string>(32, "/wc/a"))),
+      session.environment());
+  EXPECT_TRUE(terminal.waitFor("  /wc/a\n  and 12 more\nRevert these changes? [y/N] "));
+  terminal.type("n\n");
+  EXPECT_EQ(terminal.waitForEnd().status, 0);
+}
+
+TEST_F(TerminalConversation, EndsOnAnInterruption) {
+  PseudoTerminal terminal(session.command(session.leave("revert", {"/wc/a"})),
+                          session.environment());
+  EXPECT_TRUE(terminal.waitFor("[y/N] "));
+  terminal.type("\x03");
+  EXPECT_EQ(terminal.waitForEnd().status, 130);
+}
+
+TEST_F(TerminalConversation, TakesAnInterruptionThatIsNotedForANo) {
+  PseudoTerminal terminal(session.command(session.leave("revert", {"/wc/noted"})),
+                          session.environment());
+  EXPECT_TRUE(terminal.waitFor("[y/N] "));
+  EXPECT_TRUE(terminal.typeUntil("\x03", "nothing was reverted\n"));
+  EXPECT_EQ(terminal.waitForEnd().status, 0);
+}
+
+TEST_F(TerminalConversation, TakesTheMessageFromTheEditor) {
+  session.install("write", "cp \"$2\" '" + session / "seen" + "'\n" +
+                               "stat -c %a \"$2\" \"$(dirname \"$2\")\" > '" + session / "modes" +
+                               "'\nprintf '%s\\n\\n' \"$1\" > \"$2\"\n");
+  session.set("EDITOR", session / "bin/write" + " 'Fix it; $HOME'");
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "committed <Fix it; $HOME>\n");
+  EXPECT_EQ(readFileForTest(session / "seen"),
+            "\n~~~ Write the message above this line. Nothing from here on goes into it. "
+            "~~~\n\n/wc/a\n");
+  EXPECT_EQ(readFileForTest(session / "modes"), "600\n700\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, CommitsNothingIfTheEditorWritesNothing) {
+  session.set("EDITOR", "/bin/true");
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "nothing was committed\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, CommitsNothingIfTheEditorFails) {
+  session.set("EDITOR", "/bin/false");
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "halvern: the editor failed: it ended with status 1\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, KeepsWhatWasWrittenBeforeTheEditorFailed) {
+  session.set("EDITOR", session.install("crash", "echo 'Fix it' > \"$1\"\nkill -9 $$\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("halvern: the editor failed: it ended with status 137; "
+                                       "what was written is kept in "));
+  ASSERT_EQ(session.temporaryFiles().size(), 1U);
+  EXPECT_EQ(readFileForTest(session / ("temporary/" + session.temporaryFiles().front() +
+                                       "/commit message.txt")),
+            "Fix it\n");
+}
+
+TEST_F(TerminalConversation, KeepsAMessageThatIsNotUTF8) {
+  session.set("EDITOR", session.install("latin", "printf 'Gr\\374n' > \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, StartsWith("halvern: the message is not valid UTF-8 text; what was "
+                                        "written is kept in "));
+  EXPECT_EQ(session.temporaryFiles().size(), 1U);
+}
+
+TEST_F(TerminalConversation, LeavesTheKeysThatInterruptToTheEditor) {
+  session.set("EDITOR", session.install("interruptible",
+                                        "trap 'echo interrupted > \"$1\"; exit 0' INT\n"
+                                        "echo ready\nwhile read line; do :; done\nexit 3\n"));
+  PseudoTerminal terminal(session.command(session.leave("commit", {"/wc/a"})),
+                          session.environment());
+  ASSERT_TRUE(terminal.waitFor("ready"));
+  terminal.type("\x03");
+  const CommandResult result = terminal.waitForEnd();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, HasSubstr("committed <interrupted>\n"));
+}
+
+TEST_F(TerminalConversation, FailsWhereThereIsNoEditor) {
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "halvern: there is no editor for the message; EDITOR may name one\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, IsNotPreferredToWindowsUnlessBothStreamsAreATerminal) {
+  session.set("DISPLAY", ":99");
+  session.installRecorder("zenity");
+  const std::vector<std::string> command = session.command(session.leave("revert", {"/wc/a"}));
+  PseudoTerminal terminal(
+      {"/bin/sh", "-c", "'" + command[0] + "' open '" + command[2] + "' < /dev/null"},
+      session.environment());
+  EXPECT_EQ(terminal.waitForEnd().output, "reverted\n");
+  EXPECT_TRUE(session.wasRun("zenity"));
+}
