@@ -5,6 +5,7 @@
 #include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
+#include "platform/SharedDirectory.h"
 #include "platform/testing/FakePlatform.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
 #include "tests/support/BusClient.h"
