@@ -2,8 +2,10 @@
 // of its own, with an empty "/private" and a file system of 64 KiB at "/small".
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/FileRemoval.h"
 #include "platform/linux/LinuxPaths.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
@@ -90,6 +92,37 @@ TEST_F(PrivateDirectory, TheDirectoryItselfAndOthersThatBeginLikeItStay) {
   EXPECT_EQ(standardized("/privateer"), "/privateer");
   fs::create_directories("/halvern/private/halvern");
   EXPECT_EQ(standardized("/halvern/private/halvern"), "/halvern/private/halvern");
+}
+
+class MountInATree : public testing::Test {
+ protected:
+  void expectItsContentsStay() const {
+    EXPECT_FALSE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+    EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
+    EXPECT_FALSE(platform::removeFile(directory / "tree/mount", std::chrono::minutes(1)));
+    EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
+    ASSERT_EQ(umount2((directory / "tree/mount").c_str(), MNT_DETACH), 0);
+    EXPECT_TRUE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+  }
+
+  const TemporaryDirectory directory;
+};
+
+TEST_F(MountInATree, OfAnotherFileSystemIsNotEmptiedWithTheTree) {
+  fs::create_directories(directory / "tree/mount");
+  ASSERT_EQ(mount("none", (directory / "tree/mount").c_str(), "tmpfs", 0, nullptr), 0);
+  writeFile(directory / "tree/mount/file", "contents");
+  expectItsContentsStay();
+}
+
+TEST_F(MountInATree, OfTheSameFileSystemIsNotEmptiedWithTheTree) {
+  fs::create_directories(directory / "tree/mount");
+  writeFile(directory / "elsewhere/file", "contents");
+  ASSERT_EQ(mount((directory / "elsewhere").c_str(), (directory / "tree/mount").c_str(), nullptr,
+                  MS_BIND, nullptr),
+            0);
+  expectItsContentsStay();
+  EXPECT_EQ(readFileForTest(directory / "elsewhere/file"), "contents");
 }
 
 TEST_F(FullDisk, TheOldFileStaysAndNothingIsLeftBeside) {
