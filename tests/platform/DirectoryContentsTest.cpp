@@ -1,8 +1,6 @@
-#include <cstdint>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <limits>
 #include <map>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -148,25 +146,6 @@ TEST_F(DirectoryContents, AreAllSeenWhileTheyAreRemoved) {
                                                    }));
   EXPECT_EQ(visits, count);
   EXPECT_TRUE(fs::is_empty(directory.path()));
-}
-
-TEST_F(DirectoryContents, DatesBeyondTheClockAreItsEnds) {
-  // Not every file system keeps these; what it keeps has to come in the right order.
-  for (const auto &[name, seconds] :
-       {std::pair{"past", -9'300'000'000LL}, std::pair{"future", 9'300'000'000LL}}) {
-    writeFile(directory / name, "");
-    date(name, {seconds, 0});
-    struct stat status {};
-    ASSERT_EQ(stat((directory / name).c_str(), &status), 0);
-    const TimePoint date = contents().at(directory / name).value();
-    if (status.st_mtim.tv_sec < -9'223'372'036) {
-      EXPECT_LT(date, TimePoint(std::chrono::seconds(-9'223'372'000)));
-    } else if (status.st_mtim.tv_sec > 9'223'372'036) {
-      EXPECT_GT(date, TimePoint(std::chrono::seconds(9'223'372'000)));
-    } else {
-      EXPECT_EQ(date, TimePoint(std::chrono::seconds(status.st_mtim.tv_sec)));
-    }
-  }
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 // What depends on a directory in "/" or on a full disk. The launcher of this program gives it a "/"
 // of its own, with an empty "/private" and a file system of 64 KiB at "/small".
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <sys/mount.h>
+#include <sys/stat.h>
 
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/FileRemoval.h"
+#include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxPaths.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
@@ -123,6 +127,30 @@ TEST_F(MountInATree, OfTheSameFileSystemIsNotEmptiedWithTheTree) {
             0);
   expectItsContentsStay();
   EXPECT_EQ(readFileForTest(directory / "elsewhere/file"), "contents");
+}
+
+// The file system of "/small" keeps dates that most do not.
+TEST_F(FullDisk, DatesThatTheClockCannotCountAreItsEnds) {
+  constexpr time_t thousandsOfYears = 1LL << 40;  // seconds
+  for (const auto &[name, seconds] :
+       {std::pair{"past", -thousandsOfYears}, std::pair{"future", thousandsOfYears}}) {
+    const std::string path = std::string("/small/") + name;
+    writeFile(path, "");
+    const timespec dates[] = {{seconds, 0}, {seconds, 999'999'999}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), dates, 0), 0);
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    ASSERT_EQ(status.st_mtim.tv_sec, seconds);
+  }
+  using TimePoint = platform::Clock::TimePoint;
+  std::map<std::string, TimePoint> dates;
+  ASSERT_TRUE(platform::LinuxFileManager().visitContentsOfDirectory(
+      FileURL::fromPath("/small", true), [&dates](const platform::DirectoryEntry &entry) {
+        dates[entry.url.path()] = entry.contentModificationDate.value();
+        return true;
+      }));
+  EXPECT_LT(dates.at("/small/past"), TimePoint::min() + std::chrono::seconds(3));
+  EXPECT_GT(dates.at("/small/future"), TimePoint::max() - std::chrono::seconds(3));
 }
 
 TEST_F(FullDisk, TheOldFileStaysAndNothingIsLeftBeside) {
