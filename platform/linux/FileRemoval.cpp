@@ -17,6 +17,14 @@ namespace {
 // Each level needs a file descriptor, of which a process often may have 1,024.
 constexpr int greatestDepth = 256;
 
+// A directory of the same file system may be mounted too, which its device does not tell. Before
+// Linux 5.8 the kernel does not tell either.
+bool isRootOfMount(int directory) {
+  struct statx status {};
+  return statx(directory, "", AT_EMPTY_PATH, 0, &status) == 0 &&
+         (status.stx_attributes & status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 class Removal {
  public:
   Removal(std::chrono::milliseconds patience, dev_t device)
@@ -43,7 +51,7 @@ class Removal {
     if (directory == nullptr || fstat(dirfd(directory.get()), &status) != 0) {
       return errno;
     }
-    if (status.st_dev != device_) {
+    if (status.st_dev != device_ || isRootOfMount(dirfd(directory.get()))) {
       return EXDEV;
     }
     int error = removeContents(directory.get(), depth);

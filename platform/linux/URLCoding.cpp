@@ -12,7 +12,7 @@ std::string textOfURL(const URLComponents &components) {
     query += query.empty() ? "" : "&";
     query.append(encoded(name).get()).append("=").append(encoded(value).get());
   }
-  return StringHandle(g_uri_join(G_URI_FLAGS_NONE, components.scheme.c_str(), nullptr,
+  return StringHandle(g_uri_join(G_URI_FLAGS_ENCODED_QUERY, components.scheme.c_str(), nullptr,
                                  components.host.c_str(), /*port=*/-1, /*path=*/"",
                                  query.empty() ? nullptr : query.c_str(), nullptr))
       .get();

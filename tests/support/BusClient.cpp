@@ -80,6 +80,17 @@ std::string BusClient::call(const char *method, GVariant *arguments) {
   return name == nullptr ? error->message : name.get();
 }
 
+VariantHandle BusClient::answer(const char *method, GVariant *arguments) {
+  ErrorHandle error;
+  VariantHandle reply(g_dbus_connection_call_sync(
+      connection_.get(), busName, objectPath, interfaceName, method, arguments, nullptr,
+      G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
+  if (reply == nullptr) {
+    throw std::runtime_error(error->message);
+  }
+  return reply;
+}
+
 std::string BusClient::requestBadges(const std::vector<std::string> &urls) {
   GVariantBuilder builder;
   g_variant_builder_init(&builder, G_VARIANT_TYPE("as"));

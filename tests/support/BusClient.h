@@ -20,6 +20,8 @@ class BusClient {
   // Calls a method of the extension and waits for its end. The name of the D-Bus error that it was
   // refused with, "" if it was not. Takes a floating `arguments`.
   std::string call(const char *method, GVariant *arguments);
+  // The same for a method that answers something; a refusal throws.
+  platform::VariantHandle answer(const char *method, GVariant *arguments);
   std::string requestBadges(const std::vector<std::string> &urls);
 
   // Posts the notification that there is a new manifest.

@@ -20,16 +20,20 @@ using platform::VariantHandle;
 
 namespace {
 
-CommandOptions environmentBelow(const TemporaryDirectory &directory, bool hasHome) {
+CommandOptions environmentBelow(const TemporaryDirectory &directory,
+                                const ExtensionSession::Setup &setup) {
   CommandOptions options;
-  options.environment = {{"XDG_DATA_HOME", directory / "data"},
+  options.environment = {{"HOME", directory / "home"},
+                         {"XDG_DATA_HOME", directory / "data"},
                          {"XDG_CONFIG_HOME", directory / "configuration"},
                          {"XDG_CACHE_HOME", directory / "cache"},
                          {"XDG_RUNTIME_DIR", directory / "runtime"}};
-  if (hasHome) {
-    options.environment["HOME"] = directory / "home";
-  } else {
-    options.unset = {"HOME"};
+  for (const auto &[name, value] : setup.environment) {
+    options.environment[name] = value;
+  }
+  for (const std::string &name : setup.unset) {
+    options.environment.erase(name);
+    options.unset.push_back(name);
   }
   return options;
 }
@@ -59,7 +63,7 @@ int descriptorOfExtension(const PrivateBus &bus) {
 }  // namespace
 
 ExtensionSession::ExtensionSession(const Setup &setup)
-    : environment_(environmentBelow(directory_, setup.hasHome)), bus_([&] {
+    : environment_(environmentBelow(directory_, setup)), bus_([&] {
         writeServiceFile(setup);
         return directory_ / "services";
       }()) {}

@@ -3,6 +3,7 @@
 // Subversion configuration are neither seen nor changed.
 #pragma once
 
+#include <map>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -16,10 +17,11 @@
 class ExtensionSession {
  public:
   struct Setup {
-    // Without it only the XDG variables say where things are.
-    bool hasHome = true;
+    // How the session's environment differs from the usual one.
+    std::map<std::string, std::string> environment = {};
+    std::vector<std::string> unset = {};
     // What the bus starts in place of the extension; the command line of a service file.
-    std::string extensionCommand;
+    std::string extensionCommand = {};
     // Whether the bus can start the extension at all.
     bool isActivatable = true;
   };

@@ -329,7 +329,7 @@ TEST_F(CompanionList, EscapesPathsAndTakesNamesThatAreNotASCII) {
 
 TEST(CompanionWithoutHome, WorksWhereTheXDGVariablesAreSet) {
   ExtensionSession::Setup setup;
-  setup.hasHome = false;
+  setup.unset = {"HOME"};
   const ExtensionSession session(setup);
   const WorkingCopy wc(session.directory());
   writeFile(wc / "new", "");

@@ -264,17 +264,6 @@ TEST_F(FinderSyncProcess, AWorkingCopyThatCannotBeReachedIsAskedForOnTheBus) {
   g_dbus_connection_signal_unsubscribe(listener.get(), subscription);
 }
 
-TEST_F(FinderSyncProcess, ThereIsNoMenuAndNoActionToPerform) {
-  const char *const nothing[] = {nullptr};
-  BusClient client(session.bus());
-  EXPECT_EQ(client.call("MenuForMenuKind", g_variant_new("(u^ass)", 0U, nothing, "")), "");
-  EXPECT_EQ(client.call("MenuForMenuKind", g_variant_new("(u^ass)", 0U, nothing, "no url")),
-            invalidArguments);
-  EXPECT_EQ(client.call("PerformMenuAction",
-                        g_variant_new("(s^assa{sv})", "noSuchAction:", nothing, "", nullptr)),
-            invalidArguments);
-}
-
 TEST_F(FinderSyncProcess, ASecondProcessSaysSoAndChangesNothing) {
   BusClient client(session.bus());
   client.catchUp();

@@ -1,9 +1,15 @@
 // What depends on a directory in "/" or on a full disk. The launcher of this program gives it a "/"
 // of its own, with an empty "/private" and a file system of 64 KiB at "/small".
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/FileRemoval.h"
+#include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxPaths.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
@@ -90,6 +96,61 @@ TEST_F(PrivateDirectory, TheDirectoryItselfAndOthersThatBeginLikeItStay) {
   EXPECT_EQ(standardized("/privateer"), "/privateer");
   fs::create_directories("/halvern/private/halvern");
   EXPECT_EQ(standardized("/halvern/private/halvern"), "/halvern/private/halvern");
+}
+
+class MountInATree : public testing::Test {
+ protected:
+  void expectItsContentsStay() const {
+    EXPECT_FALSE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+    EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
+    EXPECT_FALSE(platform::removeFile(directory / "tree/mount", std::chrono::minutes(1)));
+    EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
+    ASSERT_EQ(umount2((directory / "tree/mount").c_str(), MNT_DETACH), 0);
+    EXPECT_TRUE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+  }
+
+  const TemporaryDirectory directory;
+};
+
+TEST_F(MountInATree, OfAnotherFileSystemIsNotEmptiedWithTheTree) {
+  fs::create_directories(directory / "tree/mount");
+  ASSERT_EQ(mount("none", (directory / "tree/mount").c_str(), "tmpfs", 0, nullptr), 0);
+  writeFile(directory / "tree/mount/file", "contents");
+  expectItsContentsStay();
+}
+
+TEST_F(MountInATree, OfTheSameFileSystemIsNotEmptiedWithTheTree) {
+  fs::create_directories(directory / "tree/mount");
+  writeFile(directory / "elsewhere/file", "contents");
+  ASSERT_EQ(mount((directory / "elsewhere").c_str(), (directory / "tree/mount").c_str(), nullptr,
+                  MS_BIND, nullptr),
+            0);
+  expectItsContentsStay();
+  EXPECT_EQ(readFileForTest(directory / "elsewhere/file"), "contents");
+}
+
+// The file system of "/small" keeps dates that most do not.
+TEST_F(FullDisk, DatesThatTheClockCannotCountAreItsEnds) {
+  constexpr time_t thousandsOfYears = 1LL << 40;  // seconds
+  for (const auto &[name, seconds] :
+       {std::pair{"past", -thousandsOfYears}, std::pair{"future", thousandsOfYears}}) {
+    const std::string path = std::string("/small/") + name;
+    writeFile(path, "");
+    const timespec dates[] = {{seconds, 0}, {seconds, 999'999'999}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), dates, 0), 0);
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    ASSERT_EQ(status.st_mtim.tv_sec, seconds);
+  }
+  using TimePoint = platform::Clock::TimePoint;
+  std::map<std::string, TimePoint> dates;
+  ASSERT_TRUE(platform::LinuxFileManager().visitContentsOfDirectory(
+      FileURL::fromPath("/small", true), [&dates](const platform::DirectoryEntry &entry) {
+        dates[entry.url.path()] = entry.contentModificationDate.value();
+        return true;
+      }));
+  EXPECT_LT(dates.at("/small/past"), TimePoint::min() + std::chrono::seconds(3));
+  EXPECT_GT(dates.at("/small/future"), TimePoint::max() - std::chrono::seconds(3));
 }
 
 TEST_F(FullDisk, TheOldFileStaysAndNothingIsLeftBeside) {

@@ -158,6 +158,34 @@ TEST_F(UnprivilegedUser, ADirectoryThatCannotBeCreatedIsAFailure) {
       FileURL::fromPath(directory / "a/b")));
 }
 
+TEST_F(UnprivilegedUser, AClosedDirectoryCannotBeVisitedAndIsNotRemoved) {
+  const std::string folder = directory / "tree/closed";
+  writeFile(folder + "/file", "contents");
+  platform::LinuxFileManager fileManager;
+  {
+    const Mode mode(folder, closedToAll);
+    EXPECT_FALSE(fileManager.visitContentsOfDirectory(FileURL::fromPath(folder, true),
+                                                      [](const auto &) { return true; }));
+    EXPECT_FALSE(fileManager.removeItem(FileURL::fromPath(directory / "tree")));
+  }
+  EXPECT_EQ(readFileForTest(folder + "/file"), "contents");
+}
+
+TEST_F(UnprivilegedUser, AReadOnlyDirectoryKeepsItsContentsAndNotWhatIsBesideIt) {
+  const std::string folder = directory / "tree/read-only";
+  writeFile(folder + "/file", "contents");
+  writeFile(directory / "tree/beside", "");
+  writeFile(directory / "tree/other/file", "");
+  platform::LinuxFileManager fileManager;
+  {
+    const Mode mode(folder, readOnly);
+    EXPECT_FALSE(fileManager.removeItem(FileURL::fromPath(directory / "tree")));
+  }
+  EXPECT_EQ(readFileForTest(folder + "/file"), "contents");
+  EXPECT_EQ(entryCount(directory / "tree"), 1);
+  EXPECT_TRUE(fileManager.removeItem(FileURL::fromPath(directory / "tree")));
+}
+
 TEST_F(UnprivilegedUser, AnIconForAReadOnlyHomeIsNotWritten) {
   const EnvironmentVariable data("XDG_DATA_HOME", directory.path());
   const platform::Image image =

@@ -1,0 +1,220 @@
+// What is launched for a command belongs to the session and not to the extension.
+#include <csignal>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "tests/support/RecordingBusService.h"
+#include "tests/system/CommandFixture.h"
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Key;
+using ::testing::Not;
+using ::testing::Pair;
+using ::testing::SizeIs;
+
+namespace {
+
+const std::vector<std::string> otherActions = {
+    "updateItems:", "commitItems:", "addItems:", "ignoreItems:", "revertItems:"};
+
+class CommandLaunch : public CommandFixture {
+ protected:
+  explicit CommandLaunch(const ExtensionSession::Setup &setup = {}) : CommandFixture(setup) {
+    installApplication();
+    start();
+  }
+
+  void expectNoToken() const {
+    const auto environment = launched.only().environment();
+    EXPECT_THAT(environment, Not(Contains(Key("XDG_ACTIVATION_TOKEN"))));
+    EXPECT_THAT(environment, Not(Contains(Key("DESKTOP_STARTUP_ID"))));
+  }
+
+  // Ends the extension and waits until it has ended.
+  void endExtension(int signal) const {
+    const pid_t process = session.extensionProcess();
+    ASSERT_GT(process, 0);
+    ASSERT_EQ(kill(process, signal), 0);
+    ASSERT_TRUE(turnMainLoopUntil([&] { return !LaunchedProgram(process).isRunning(); }));
+  }
+
+  // The members of Manager that matter here.
+  static constexpr const char *serviceManagerInterface = R"xml(
+    <interface name="org.freedesktop.systemd1.Manager">
+      <method name="StartTransientUnit">
+        <arg name="name" type="s"/>
+        <arg name="mode" type="s"/>
+        <arg name="properties" type="a(sv)"/>
+        <arg name="auxiliary" type="a(sa(sv))"/>
+      </method>
+    </interface>)xml";
+};
+
+TEST_F(CommandLaunch, TheProgramIsNoChildOfTheExtensionAndHasASessionOfItsOwn) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const LaunchedProgram program = launched.only();
+  EXPECT_EQ(program.status("PPid"), std::to_string(getpid()));
+  EXPECT_EQ(getsid(program.process()), program.process());
+  EXPECT_EQ(getpgid(program.process()), program.process());
+}
+
+TEST_F(CommandLaunch, TheProgramBlocksAndIgnoresNoSignal) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  EXPECT_EQ(launched.only().status("SigBlk"), "0000000000000000");
+  // The C library itself uses those from 32 on.
+  constexpr unsigned long standardSignals = 0x7FFF'FFFF;
+  EXPECT_EQ(std::stoul(launched.only().status("SigIgn"), nullptr, 16) & standardSignals, 0U);
+}
+
+TEST_F(CommandLaunch, TheProgramIsRestrictedNoMoreThanTheSession) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const LaunchedProgram program = launched.only();
+  const LaunchedProgram test(getpid());
+  EXPECT_THAT(program.file("limits"), HasSubstr("Max open files"));
+  EXPECT_EQ(program.file("limits"), test.file("limits"));
+  EXPECT_EQ(program.file("oom_score_adj"), test.file("oom_score_adj"));
+  for (const char *line : {"NoNewPrivs", "Seccomp", "CapEff", "Umask"}) {
+    EXPECT_NE(program.status(line), "") << line;
+    EXPECT_EQ(program.status(line), test.status(line)) << line;
+  }
+}
+
+TEST_F(CommandLaunch, TheProgramIsNotToldHowTheExtensionWasStarted) {
+  EXPECT_THAT(LaunchedProgram(session.extensionProcess()).environment(),
+              Contains(Key("DBUS_STARTER_ADDRESS")))
+      << "the extension is told";
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const auto environment = launched.only().environment();
+  for (const char *name : {"DBUS_STARTER_ADDRESS", "DBUS_STARTER_BUS_TYPE", "INVOCATION_ID",
+                           "NOTIFY_SOCKET", "LISTEN_FDS", "SYSTEMD_EXEC_PID"}) {
+    EXPECT_THAT(environment, Not(Contains(Key(name))));
+  }
+  EXPECT_THAT(environment, Contains(Pair("DBUS_SESSION_BUS_ADDRESS", session.bus().address())));
+  EXPECT_THAT(environment, Contains(Pair("HOME", session / "home")));
+}
+
+TEST_F(CommandLaunch, TheProgramLivesOnWhenTheExtensionIsKilled) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const LaunchedProgram program = launched.only();
+  endExtension(SIGKILL);
+  EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(CommandLaunch, TheProgramLivesOnWhenTheExtensionIsTerminated) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const LaunchedProgram program = launched.only();
+  endExtension(SIGTERM);
+  EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(CommandLaunch, ShowingAloneHandsOnTheActivationToken) {
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  const auto environment = launched.only().environment();
+  EXPECT_THAT(environment, Contains(Pair("XDG_ACTIVATION_TOKEN", "the token")));
+  EXPECT_THAT(environment, Contains(Pair("DESKTOP_STARTUP_ID", "the token")));
+  for (const std::string &action : otherActions) {
+    launched.end();
+    ASSERT_EQ(performWithToken(action, "the token"), "");
+    expectNoToken();
+  }
+}
+
+TEST_F(CommandLaunch, ATokenIsForOneCallAlone) {
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  launched.end();
+  ASSERT_EQ(perform("showInHalvern:", {"file:///wc/a"}), "");
+  expectNoToken();
+}
+
+TEST_F(CommandLaunch, AnEmptyTokenIsNone) {
+  ASSERT_EQ(performWithToken("showInHalvern:", ""), "");
+  expectNoToken();
+}
+
+TEST_F(CommandLaunch, AnEntryThatAsksToBeToldOfTheStartIsGivenNoMore) {
+  installApplication("StartupNotify=true\n");
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  EXPECT_THAT(launched.only().environment(), Contains(Pair("XDG_ACTIVATION_TOKEN", "the token")));
+  EXPECT_THAT(launched.only().environment(), Contains(Pair("DESKTOP_STARTUP_ID", "the token")));
+  launched.end();
+  ASSERT_EQ(performWithToken("updateItems:", "the token"), "");
+  expectNoToken();
+}
+
+TEST_F(CommandLaunch, AServiceManagerIsAskedToTakeTheProgramIntoAScope) {
+  RecordingBusService manager(session.bus(), "org.freedesktop.systemd1",
+                              "/org/freedesktop/systemd1", serviceManagerInterface);
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  ASSERT_TRUE(manager.waitForCalls(1));
+  const std::string process = std::to_string(launched.only().process());
+  EXPECT_EQ(platform::StringHandle(g_variant_print(manager.calls[0].arguments.get(), FALSE)).get(),
+            "('app-halvern-com.morvane.v3-" + process + ".scope', 'fail', [('PIDs', <[uint32 " +
+                (process + "]>), ('CollectMode', <'inactive-or-failed'>)], [])"));
+}
+
+class CommandLaunchOfAnActivatedExtension : public CommandLaunch {
+ protected:
+  CommandLaunchOfAnActivatedExtension()
+      : CommandLaunch({.environment = {{"XDG_ACTIVATION_TOKEN", "of the extension"},
+                                       {"DESKTOP_STARTUP_ID", "of the extension"},
+                                       {"INVOCATION_ID", "of the extension"},
+                                       {"NOTIFY_SOCKET", "/of/the/extension"}}}) {}
+};
+
+TEST_F(CommandLaunchOfAnActivatedExtension, WhatTheExtensionWasStartedWithStaysItsOwn) {
+  for (const std::string &action : otherActions) {
+    ASSERT_EQ(performWithToken(action, "the token"), "");
+    expectNoToken();
+    EXPECT_THAT(launched.only().environment(), Not(Contains(Key("INVOCATION_ID"))));
+    EXPECT_THAT(launched.only().environment(), Not(Contains(Key("NOTIFY_SOCKET"))));
+    launched.end();
+  }
+  ASSERT_EQ(perform("showInHalvern:", {"file:///wc/a"}), "");
+  expectNoToken();
+  launched.end();
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  EXPECT_THAT(launched.only().environment(), Contains(Pair("XDG_ACTIVATION_TOKEN", "the token")));
+}
+
+class CommandToAServiceApplication : public CommandFixture {
+ protected:
+  CommandToAServiceApplication() {
+    installApplication("DBusActivatable=true\nStartupNotify=true\n");
+    start();
+  }
+
+  // Of the application, as its calls are to look.
+  static std::string printed(const RecordingBusService::Call &call) {
+    return call.method + platform::StringHandle(g_variant_print(call.arguments.get(), FALSE)).get();
+  }
+
+  std::string url() const {
+    return "halvern://finder-sync-command?id=" + commandNames().at(0).substr(0, 36);
+  }
+
+  RecordingBusService application{session.bus(), "com.morvane.v3", "/com/morvane/v3", R"xml(
+    <interface name="org.freedesktop.Application">
+      <method name="Open">
+        <arg name="uris" type="as"/>
+        <arg name="platform_data" type="a{sv}"/>
+      </method>
+    </interface>)xml"};
+};
+
+TEST_F(CommandToAServiceApplication, IsOpenedByACallInsteadOfALaunch) {
+  ASSERT_EQ(performWithToken("updateItems:", "the token"), "");
+  ASSERT_TRUE(application.waitForCalls(1));
+  EXPECT_EQ(printed(application.calls[0]), "Open(['" + url() + "'], {})");
+  EXPECT_THAT(launched.processes(), IsEmpty());
+}
+
+TEST_F(CommandToAServiceApplication, IsHandedTheTokenInTheCallWhereItIsToComeForward) {
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  ASSERT_TRUE(application.waitForCalls(1));
+  EXPECT_THAT(printed(application.calls[0]), HasSubstr("'desktop-startup-id': <'the token'>"));
+}
+
+}  // namespace
