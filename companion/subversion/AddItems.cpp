@@ -28,7 +28,9 @@ class Addition {
         [&](const svn_wc_notify_t &step) {
           if (step.action == svn_wc_notify_add) {
             added_.insert(step.path);
-            conversation_.tell("added " + stepName(step.path, path));
+            if (step.path != path) {  // which the report tells
+              conversation_.tell("added " + stepName(step.path, path));
+            }
           }
         },
         [&] {
