@@ -1,5 +1,6 @@
 #include "tests/support/ServiceStandIn.h"
 
+#include <chrono>
 #include <stdexcept>
 
 using platform::ErrorHandle;
@@ -18,6 +19,7 @@ struct ServiceStandIn::Handlers {
       const std::lock_guard lock(self.mutex_);
       self.calls_.push_back(method + std::string(text.get()));
     }
+    self.called_.notify_all();
     switch (self.onCall_) {
       case OnCall::answers: {
         const VariantHandle answer(
@@ -86,5 +88,12 @@ ServiceStandIn::~ServiceStandIn() {
 
 std::vector<std::string> ServiceStandIn::calls() const {
   const std::lock_guard lock(mutex_);
+  return calls_;
+}
+
+std::vector<std::string> ServiceStandIn::waitForCalls(std::size_t count) const {
+  constexpr std::chrono::seconds patience{30};
+  std::unique_lock lock(mutex_);
+  called_.wait_for(lock, patience, [this, count] { return calls_.size() >= count; });
   return calls_;
 }

@@ -2,6 +2,7 @@
 // test may wait meanwhile.
 #pragma once
 
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -30,6 +31,9 @@ class ServiceStandIn {
   // The calls so far: each one's method, then its arguments as a text of GVariant.
   std::vector<std::string> calls() const;
 
+  // The same once there are so many, or after the time that only a broken test takes.
+  std::vector<std::string> waitForCalls(std::size_t count) const;
+
  private:
   struct Handlers;
 
@@ -41,6 +45,7 @@ class ServiceStandIn {
   guint registration_ = 0;
 
   mutable std::mutex mutex_;
+  mutable std::condition_variable called_;
   std::vector<std::string> calls_;  // guarded by the mutex
 
   std::thread thread_;

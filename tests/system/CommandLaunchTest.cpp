@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "tests/support/RecordingBusService.h"
+#include "tests/support/ServiceStandIn.h"
 #include "tests/system/CommandFixture.h"
 
 using ::testing::Contains;
@@ -42,15 +42,17 @@ class CommandLaunch : public CommandFixture {
   }
 
   // The members of Manager that matter here.
-  static constexpr const char *serviceManagerInterface = R"xml(
-    <interface name="org.freedesktop.systemd1.Manager">
-      <method name="StartTransientUnit">
-        <arg name="name" type="s"/>
-        <arg name="mode" type="s"/>
-        <arg name="properties" type="a(sv)"/>
-        <arg name="auxiliary" type="a(sa(sv))"/>
-      </method>
-    </interface>)xml";
+  static ServiceStandIn::Description serviceManager() {
+    return {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+            R"xml(<node><interface name="org.freedesktop.systemd1.Manager">
+                 <method name="StartTransientUnit">
+                   <arg type="s" direction="in"/><arg type="s" direction="in"/>
+                   <arg type="a(sv)" direction="in"/><arg type="a(sa(sv))" direction="in"/>
+                   <arg type="o" direction="out"/>
+                 </method>
+               </interface></node>)xml",
+            "(objectpath '/job',)"};
+  }
 };
 
 TEST_F(CommandLaunch, TheProgramIsNoChildOfTheExtensionAndHasASessionOfItsOwn) {
@@ -145,14 +147,13 @@ TEST_F(CommandLaunch, AnEntryThatAsksToBeToldOfTheStartIsGivenNoMore) {
 }
 
 TEST_F(CommandLaunch, AServiceManagerIsAskedToTakeTheProgramIntoAScope) {
-  RecordingBusService manager(session.bus(), "org.freedesktop.systemd1",
-                              "/org/freedesktop/systemd1", serviceManagerInterface);
+  const ServiceStandIn manager(session.bus(), serviceManager());
   ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
-  ASSERT_TRUE(manager.waitForCalls(1));
   const std::string process = std::to_string(launched.only().process());
-  EXPECT_EQ(platform::StringHandle(g_variant_print(manager.calls[0].arguments.get(), FALSE)).get(),
-            "('app-halvern-com.morvane.v3-" + process + ".scope', 'fail', [('PIDs', <[uint32 " +
-                (process + "]>), ('CollectMode', <'inactive-or-failed'>)], [])"));
+  EXPECT_THAT(manager.waitForCalls(1),
+              ElementsAre("StartTransientUnit('app-halvern-com.morvane.v3-" + process +
+                          ".scope', 'fail', [('PIDs', <[uint32 " + process +
+                          "]>), ('CollectMode', <'inactive-or-failed'>)], [])"));
 }
 
 class CommandLaunchOfAnActivatedExtension : public CommandLaunch {
@@ -186,35 +187,29 @@ class CommandToAServiceApplication : public CommandFixture {
     start();
   }
 
-  // Of the application, as its calls are to look.
-  static std::string printed(const RecordingBusService::Call &call) {
-    return call.method + platform::StringHandle(g_variant_print(call.arguments.get(), FALSE)).get();
-  }
-
   std::string url() const {
     return "halvern://finder-sync-command?id=" + commandNames().at(0).substr(0, 36);
   }
 
-  RecordingBusService application{session.bus(), "com.morvane.v3", "/com/morvane/v3", R"xml(
-    <interface name="org.freedesktop.Application">
-      <method name="Open">
-        <arg name="uris" type="as"/>
-        <arg name="platform_data" type="a{sv}"/>
-      </method>
-    </interface>)xml"};
+  const ServiceStandIn application{
+      session.bus(),
+      {"com.morvane.v3", "/com/morvane/v3",
+       R"(<node><interface name="org.freedesktop.Application"><method name="Open">
+            <arg type="as" direction="in"/><arg type="a{sv}" direction="in"/>
+          </method></interface></node>)",
+       "()"}};
 };
 
 TEST_F(CommandToAServiceApplication, IsOpenedByACallInsteadOfALaunch) {
   ASSERT_EQ(performWithToken("updateItems:", "the token"), "");
-  ASSERT_TRUE(application.waitForCalls(1));
-  EXPECT_EQ(printed(application.calls[0]), "Open(['" + url() + "'], {})");
+  EXPECT_THAT(application.waitForCalls(1), ElementsAre("Open(['" + url() + "'], {})"));
   EXPECT_THAT(launched.processes(), IsEmpty());
 }
 
 TEST_F(CommandToAServiceApplication, IsHandedTheTokenInTheCallWhereItIsToComeForward) {
   ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
-  ASSERT_TRUE(application.waitForCalls(1));
-  EXPECT_THAT(printed(application.calls[0]), HasSubstr("'desktop-startup-id': <'the token'>"));
+  EXPECT_THAT(application.waitForCalls(1),
+              ElementsAre(HasSubstr("'desktop-startup-id': <'the token'>")));
 }
 
 }  // namespace
