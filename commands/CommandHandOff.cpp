@@ -23,8 +23,9 @@ constexpr std::chrono::seconds greatestSweepTime{1};
 
 bool isApplicationName(std::string_view path) {
   std::string extension = std::filesystem::path(path).extension();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  std::transform(extension.begin(), extension.end(), extension.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
   return extension == ".app";
 }
 
@@ -90,9 +91,8 @@ void KTRFinderSync::p_sendCommand(std::string_view action) const {
     return;
   }
 
-  const std::string url = platform::textOfURL({.scheme = "halvern",
-                                               .host = "finder-sync-command",
-                                               .queryItems = {{"id", identifier}}});
+  const std::string url = platform::textOfURL(
+      {.scheme = "halvern", .host = "finder-sync-command", .queryItems = {{"id", identifier}}});
   // Commands that ask something in a window of the application do not bring it forward either, on
   // purpose.
   const bool activates = action == "reveal";

@@ -4,8 +4,8 @@
 // shown anew; and offers the menu whose commands it hands to the containing application.
 //
 // Made, used and destroyed on the main thread. No entry point blocks, except that its making draws
-// the badges and reads the manifest, and that an action writes a small file. It keeps no reference
-// to the registry but asks for the shared one each time.
+// the badges and reads the manifest, and that an action writes a small file and clears away old
+// ones. It keeps no reference to the registry but asks for the shared one each time.
 #pragma once
 
 #include <functional>
@@ -94,7 +94,8 @@ class KTRFinderSync final : public platform::FIFinderSync {
   // something is missing or fails; the application is never told of a file that is not there.
   void p_sendCommand(std::string_view action) const;
 
-  // Removes what has lain there for more than an hour, whatever it is.
+  // Removes what has lain there for more than an hour, whatever it is. Blocks for a second or two
+  // where there is very much of it; what is left is for the next command.
   void p_deleteStaleCommandFilesInDirectory(const platform::FileURL &directoryURL) const;
 
   platform::Services &i_services;

@@ -13,7 +13,8 @@
 namespace platform {
 
 // Base of the extension's principal object: the entry points that the platform calls, on the main
-// thread. None of them may block, except that an action works with a few small files.
+// thread. None of them may block, except that an action works with a few small files and has up to
+// two seconds to clear away old ones.
 class FIFinderSync {
  public:
   virtual ~FIFinderSync() = default;

@@ -8,7 +8,7 @@
 #include <glib.h>
 
 #include "platform/linux/DirectoryStream.h"
-#include "platform/linux/FileRemoval.h"
+#include "platform/linux/TreeRemoval.h"
 #include "platform/linux/UserDirectories.h"
 
 namespace platform {
@@ -80,7 +80,7 @@ Outcome LinuxFileManager::visitContentsOfDirectory(
 }
 
 Outcome LinuxFileManager::removeItem(const FileURL &url) {
-  return removeFile(url.path(), removalPatience_);
+  return removeTree(url.path(), removalPatience_);
 }
 
 }  // namespace platform

@@ -3,7 +3,6 @@
 #include "platform/linux/process/RequestArguments.h"
 
 using platform::ErrorHandle;
-using platform::FileURL;
 using platform::VariantHandle;
 
 namespace {

@@ -8,11 +8,11 @@
 #include <sys/stat.h>
 
 #include "platform/linux/AtomicFile.h"
-#include "platform/linux/FileRemoval.h"
 #include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxPaths.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/TreeRemoval.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -101,12 +101,12 @@ TEST_F(PrivateDirectory, TheDirectoryItselfAndOthersThatBeginLikeItStay) {
 class MountInATree : public testing::Test {
  protected:
   void expectItsContentsStay() const {
-    EXPECT_FALSE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+    EXPECT_FALSE(platform::removeTree(directory / "tree", std::chrono::minutes(1)));
     EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
-    EXPECT_FALSE(platform::removeFile(directory / "tree/mount", std::chrono::minutes(1)));
+    EXPECT_FALSE(platform::removeTree(directory / "tree/mount", std::chrono::minutes(1)));
     EXPECT_EQ(readFileForTest(directory / "tree/mount/file"), "contents");
     ASSERT_EQ(umount2((directory / "tree/mount").c_str(), MNT_DETACH), 0);
-    EXPECT_TRUE(platform::removeFile(directory / "tree", std::chrono::minutes(1)));
+    EXPECT_TRUE(platform::removeTree(directory / "tree", std::chrono::minutes(1)));
   }
 
   const TemporaryDirectory directory;

@@ -12,6 +12,6 @@ namespace platform {
 // leaves the tree through a link or a mount. Opens nothing but directories. Fails with the reason
 // alone if something could not be removed or `patience` is exhausted; then a directory keeps its
 // dates, whatever has gone from it. Blocking.
-Outcome removeFile(const std::string &path, std::chrono::milliseconds patience);
+Outcome removeTree(const std::string &path, std::chrono::milliseconds patience);
 
 }  // namespace platform

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/linux/FileRemoval.h"
+#include "platform/linux/TreeRemoval.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;
@@ -11,10 +11,10 @@ namespace {
 
 constexpr std::chrono::milliseconds ample = std::chrono::minutes(5);
 
-class FileRemoval : public ::testing::Test {
+class TreeRemoval : public ::testing::Test {
  protected:
   bool remove(std::string_view name, std::chrono::milliseconds patience = ample) const {
-    return static_cast<bool>(platform::removeFile(directory / name, patience));
+    return static_cast<bool>(platform::removeTree(directory / name, patience));
   }
 
   bool isThere(std::string_view name) const {
@@ -45,7 +45,7 @@ class FileRemoval : public ::testing::Test {
   const TemporaryDirectory directory;
 };
 
-TEST_F(FileRemoval, TakesAnEntryOfAnyKind) {
+TEST_F(TreeRemoval, TakesAnEntryOfAnyKind) {
   writeFile(directory / "file", "contents");
   fs::create_directory(directory / "empty");
   writeFile(directory / "folder/inner/file", "");
@@ -58,12 +58,12 @@ TEST_F(FileRemoval, TakesAnEntryOfAnyKind) {
   }
 }
 
-TEST_F(FileRemoval, FailsForWhatIsNotThere) {
+TEST_F(TreeRemoval, FailsForWhatIsNotThere) {
   EXPECT_FALSE(remove("missing"));
   EXPECT_FALSE(remove("missing/inner"));
 }
 
-TEST_F(FileRemoval, TakesALinkAndNotItsTarget) {
+TEST_F(TreeRemoval, TakesALinkAndNotItsTarget) {
   writeFile(directory / "outside/file", "contents");
   fs::create_symlink("outside/file", directory / "to a file");
   fs::create_symlink("outside", directory / "to a folder");
@@ -75,7 +75,7 @@ TEST_F(FileRemoval, TakesALinkAndNotItsTarget) {
   EXPECT_EQ(readFileForTest(directory / "outside/file"), "contents");
 }
 
-TEST_F(FileRemoval, LeavesWhatLinksInATreeLeadTo) {
+TEST_F(TreeRemoval, LeavesWhatLinksInATreeLeadTo) {
   writeFile(directory / "outside/file", "contents");
   fs::create_directories(directory / "tree/inner");
   fs::create_symlink(directory / "outside", directory / "tree/to a folder");
@@ -87,7 +87,7 @@ TEST_F(FileRemoval, LeavesWhatLinksInATreeLeadTo) {
   EXPECT_EQ(readFileForTest(directory / "outside/file"), "contents");
 }
 
-TEST_F(FileRemoval, GoesDownALongWayAndNoFurther) {
+TEST_F(TreeRemoval, GoesDownALongWayAndNoFurther) {
   makeNest("deep", 250);
   EXPECT_TRUE(remove("deep"));
   EXPECT_FALSE(isThere("deep"));
@@ -100,7 +100,7 @@ TEST_F(FileRemoval, GoesDownALongWayAndNoFurther) {
   EXPECT_TRUE(isOld("too deep"));
 }
 
-TEST_F(FileRemoval, WithoutPatienceLeavesEverythingAsItWas) {
+TEST_F(TreeRemoval, WithoutPatienceLeavesEverythingAsItWas) {
   writeFile(directory / "folder/file", "");
   makeOld("folder");
   EXPECT_FALSE(remove("folder", std::chrono::milliseconds(-1)));
@@ -108,7 +108,7 @@ TEST_F(FileRemoval, WithoutPatienceLeavesEverythingAsItWas) {
   EXPECT_TRUE(isOld("folder"));
 }
 
-TEST_F(FileRemoval, ThatIsGivenUpKeepsTheDatesAndGoesOnWithTheNextCall) {
+TEST_F(TreeRemoval, ThatIsGivenUpKeepsTheDatesAndGoesOnWithTheNextCall) {
   constexpr int count = 20'000;
   for (int i = 0; i < count; ++i) {
     const std::string name = i % 2 == 0 ? "tree/" : "tree/inner/";

@@ -1,4 +1,4 @@
-#include "platform/linux/FileRemoval.h"
+#include "platform/linux/TreeRemoval.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -86,7 +86,7 @@ class Removal {
 
 }  // namespace
 
-Outcome removeFile(const std::string &path, std::chrono::milliseconds patience) {
+Outcome removeTree(const std::string &path, std::chrono::milliseconds patience) {
   const std::string parentPath(parentOfPath(path));
   const std::string name = path.substr(path.rfind('/') + 1);
   const DirectoryStream parent = openDirectory(AT_FDCWD, parentPath.c_str(), LastLink::follow);
