@@ -17,8 +17,8 @@ constexpr int levelsBelowApplication = 3;
 // A command that was not taken for so long is not taken any more.
 constexpr std::chrono::hours greatestCommandAge{1};
 
-// A menu's action waits for the sweep, which a directory with very many entries must not hold up:
-// what is left is for the next one.
+// A menu's action waits for the sweep, so a directory with very many entries must not hold it up:
+// it is given up then. What is young now hides what is old behind it for an hour at the most.
 constexpr std::chrono::seconds greatestSweepTime{1};
 
 bool isApplicationName(std::string_view path) {
@@ -102,12 +102,13 @@ void KTRFinderSync::p_sendCommand(std::string_view action) const {
 void KTRFinderSync::p_deleteStaleCommandFilesInDirectory(const FileURL &directoryURL) const {
   const platform::Clock::TimePoint begin = i_services.clock.now();
   i_services.fileManager.visitContentsOfDirectory(
-      directoryURL, [this, begin](const platform::DirectoryEntry &entry) {
+      directoryURL, [&](const platform::DirectoryEntry &entry) {
         const platform::Clock::TimePoint now = i_services.clock.now();
         const auto &date = entry.contentModificationDate;
         if (date && *date < now - greatestCommandAge) {
-          i_services.fileManager.removeItem(entry.url);
+          i_services.fileManager.removeItem(directoryURL.appendingPathComponent(entry.name));
         }
-        return now - begin < greatestSweepTime;
+        // A clock that is set back meanwhile ends it too.
+        return now >= begin && now - begin < greatestSweepTime;
       });
 }

@@ -12,7 +12,7 @@
 namespace platform {
 
 struct DirectoryEntry {
-  FileURL url;
+  std::string name;
   // When its contents last changed, a symbolic link's own; none where that cannot be told.
   std::optional<Clock::TimePoint> contentModificationDate;
 };
@@ -39,7 +39,8 @@ class FileManager {
       const FileURL &url, const std::function<bool(const DirectoryEntry &)> &visit) = 0;
 
   // Removes an entry of any kind: a directory with all that is in it, a symbolic link itself. What
-  // takes too long is given up, which is a failure; the next call for it goes on.
+  // takes too long is given up, which is a failure, as is what is nested too deeply (on Linux, 256
+  // levels); the next call for it goes on.
   virtual Outcome removeItem(const FileURL &url) = 0;
 };
 

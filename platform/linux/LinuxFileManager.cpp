@@ -72,7 +72,7 @@ Outcome LinuxFileManager::visitContentsOfDirectory(
   }
   while (const dirent *entry = nextEntry(directory.get())) {
     const char *name = entry->d_name;
-    if (!visit({url.appendingPathComponent(name), modificationDate(directory.get(), name)})) {
+    if (!visit({name, modificationDate(directory.get(), name)})) {
       break;
     }
   }

@@ -47,8 +47,13 @@ class Removal {
       return ELOOP;
     }
     const DirectoryStream directory = openDirectory(parent, name, LastLink::refuse);
+    if (directory == nullptr) {
+      // Nothing has to be read of an empty one.
+      const int error = errno;
+      return unlinkat(parent, name, AT_REMOVEDIR) == 0 ? 0 : error;
+    }
     struct stat status {};
-    if (directory == nullptr || fstat(dirfd(directory.get()), &status) != 0) {
+    if (fstat(dirfd(directory.get()), &status) != 0) {
       return errno;
     }
     if (status.st_dev != device_ || isRootOfMount(dirfd(directory.get()))) {

@@ -44,7 +44,9 @@ Outcome FakeFileManager::removeItem(const FileURL &url) {
     return Outcome::failure("it lasts");
   }
   for (auto &[path, entries] : contents) {
-    std::erase_if(entries, [&](const DirectoryEntry &entry) { return entry.url == url; });
+    std::erase_if(entries, [&](const DirectoryEntry &entry) {
+      return path + "/" + entry.name == url.path();
+    });
   }
   return Done();
 }

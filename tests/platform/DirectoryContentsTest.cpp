@@ -27,9 +27,9 @@ class DirectoryContents : public ::testing::Test {
  protected:
   std::map<std::string, std::optional<TimePoint>> contents() {
     std::map<std::string, std::optional<TimePoint>> entries;
-    const auto note = [&entries](const DirectoryEntry &entry) {
-      EXPECT_TRUE(entries.emplace(entry.url.path(), entry.contentModificationDate).second)
-          << entry.url.path() << " comes twice";
+    const auto note = [this, &entries](const DirectoryEntry &entry) {
+      EXPECT_TRUE(entries.emplace(directory / entry.name, entry.contentModificationDate).second)
+          << entry.name << " comes twice";
       return true;
     };
     EXPECT_TRUE(fileManager.visitContentsOfDirectory(url(directory.path()), note));
@@ -138,12 +138,12 @@ TEST_F(DirectoryContents, AreAllSeenWhileTheyAreRemoved) {
     ASSERT_EQ(mknod((directory / std::to_string(i)).c_str(), S_IFREG | 0600, 0), 0);
   }
   int visits = 0;
-  EXPECT_TRUE(fileManager.visitContentsOfDirectory(url(directory.path()),
-                                                   [this, &visits](const DirectoryEntry &entry) {
-                                                     ++visits;
-                                                     EXPECT_TRUE(fileManager.removeItem(entry.url));
-                                                     return true;
-                                                   }));
+  EXPECT_TRUE(fileManager.visitContentsOfDirectory(
+      url(directory.path()), [this, &visits](const DirectoryEntry &entry) {
+        ++visits;
+        EXPECT_TRUE(fileManager.removeItem(FileURL::fromPath(directory / entry.name)));
+        return true;
+      }));
   EXPECT_EQ(visits, count);
   EXPECT_TRUE(fs::is_empty(directory.path()));
 }

@@ -33,6 +33,15 @@ TEST_F(CommandApplication, WithoutAnEntryNothingIsWritten) {
   expectNothingHappens();
 }
 
+TEST_F(CommandApplication, NothingIsLaunchedWhereTheCommandCannotBeWritten) {
+  installApplication();
+  writeFile(session.sharedPath(), "in the way of the directory");
+  start();
+  EXPECT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  EXPECT_THAT(launched.processes(), IsEmpty());
+  EXPECT_EQ(readFileForTest(session.sharedPath()), "in the way of the directory");
+}
+
 TEST_F(CommandApplication, AnEntryInTheUsersDataDirectoryCounts) {
   installApplication();
   expectHandOff();

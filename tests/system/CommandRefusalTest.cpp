@@ -15,7 +15,7 @@ class CommandRefusal : public CommandFixture {
     start();
   }
 
-  ~CommandRefusal() override {
+  void TearDown() override {
     EXPECT_FALSE(std::filesystem::exists(commandDirectory()));
     EXPECT_THAT(launched.processes(), IsEmpty());
     EXPECT_EQ(perform("updateItems:", {"file:///wc/a"}), "") << "the next call is served";

@@ -21,7 +21,7 @@ class CommandSelection : public CommandFixture {
 };
 
 TEST_F(CommandSelection, IsSentInItsOrderWithWhatIsInItTwice) {
-  ASSERT_EQ(perform("updateItems:", {"file:///wc/b", "file:///wc/a", "file:///wc/b"}), "");
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/b", "file:///wc/a", "file:///wc/./x/../b"}), "");
   EXPECT_THAT(sentPaths(), ElementsAre("/wc/b", "/wc/a", "/wc/b"));
 }
 

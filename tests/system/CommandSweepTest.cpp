@@ -1,8 +1,6 @@
 // What a command sweeps out of the directory of commands, in real files with real dates.
 #include <chrono>
-#include <cstdio>
 #include <fcntl.h>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -140,30 +138,6 @@ TEST_F(CommandSweep, GoesOnAfterWhatCannotBeRemoved) {
     EXPECT_THAT(commandNames(), Not(Contains("before")));
     EXPECT_THAT(commandNames(), Not(Contains("zzz")));
     EXPECT_TRUE(fs::exists(deep));
-  }
-}
-
-TEST_F(CommandSweep, OfVeryManyFilesDoesNotHoldUpTheCommandAndComesToAnEnd) {
-  constexpr int count = 100'000;
-  for (int i = 0; i < count; ++i) {
-    const std::string path = *this / std::to_string(i);
-    std::ofstream(path).put('x');
-    makeOld(path);
-  }
-  const auto left = [this] {
-    return std::distance(fs::directory_iterator(commandDirectory()), {});
-  };
-  std::ptrdiff_t commands = 0;
-  while (left() > commands) {
-    const std::ptrdiff_t before = left();
-    const auto begin = std::chrono::steady_clock::now();
-    ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-    ++commands;
-    ASSERT_LT(left(), before) << "each command takes some away";
-    std::printf("a command took %.2f s; of %td entries %td are left\n", taken.count(), before,
-                left());
-    launched.end();
   }
 }
 

@@ -40,8 +40,7 @@ class CommandHandOff : public RegistryFixture {
     if (age) {
       date = fakes.queues.now() - *age;
     }
-    fakes.fileManager.contents[commandDirectory].push_back(
-        {FileURL::fromPath(std::string(commandDirectory) + "/" + name), date});
+    fakes.fileManager.contents[commandDirectory].push_back({name, date});
   }
 
   std::vector<std::string> sweep() {
@@ -149,9 +148,9 @@ TEST_F(CommandHandOff, WithoutPathsNothingHappensAtAll) {
 TEST_F(CommandHandOff, WithoutAGroupContainerNothingIsWrittenAndNoURLIsOpened) {
   fakes.fileManager.containers.clear();
   select({"/wc/a"});
+  fakes.journal.clear();
   peer.sendCommand("update");
-  EXPECT_THAT(fakes.propertyListFiles.files, IsEmpty());
-  EXPECT_THAT(fakes.workspace.openings, IsEmpty());
+  EXPECT_THAT(fakes.journal.calls(), IsEmpty());
 }
 
 TEST_F(CommandHandOff, ACommandIsAFileNamedByAFreshIdentifierWithActionPathsAndDate) {
@@ -217,11 +216,13 @@ TEST_F(CommandHandOff, WhenTheCommandFileCannotBeWrittenNoURLIsOpened) {
   EXPECT_THAT(fakes.workspace.openings, IsEmpty());
 }
 
-TEST_F(CommandHandOff, ADirectoryThatCannotBeCreatedIsNoticedOnlyByTheWriting) {
+TEST_F(CommandHandOff, WhereTheDirectoryCannotBeCreatedTheWritingFailsAndNoURLIsOpened) {
   fakes.fileManager.directoriesCanBeCreated = false;
+  fakes.propertyListFiles.filesCanBeWritten = false;
   select({"/wc/a"});
   peer.sendCommand("update");
-  EXPECT_THAT(fakes.workspace.openings, SizeIs(1)) << "the file could be written, so it was there";
+  EXPECT_THAT(fakes.journal.callsBeginningWith("write"), SizeIs(1));
+  EXPECT_THAT(fakes.workspace.openings, IsEmpty());
 }
 
 TEST_F(CommandHandOff, ADirectoryThatCannotBeListedDoesNotKeepTheCommandFromBeingSent) {
@@ -259,11 +260,8 @@ TEST_F(CommandHandOff, AnEntryBecomesOldWithTheTimeThatPasses) {
 }
 
 TEST_F(CommandHandOff, DatesAtTheEndsOfTimeAreOldAndNew) {
-  fakes.fileManager.contents[commandDirectory] = {
-      {FileURL::fromPath(std::string(commandDirectory) + "/first"),
-       platform::Clock::TimePoint::min()},
-      {FileURL::fromPath(std::string(commandDirectory) + "/last"),
-       platform::Clock::TimePoint::max()}};
+  fakes.fileManager.contents[commandDirectory] = {{"first", platform::Clock::TimePoint::min()},
+                                                  {"last", platform::Clock::TimePoint::max()}};
   EXPECT_THAT(sweep(), ElementsAre("first"));
 }
 
@@ -290,6 +288,14 @@ TEST_F(CommandHandOff, ASweepOfVeryMuchIsGivenUpAfterASecondAndGoesOnWithTheNext
   EXPECT_THAT(fakes.workspace.openings, SizeIs(1));
   peer.sendCommand("update");
   EXPECT_THAT(removals(), ElementsAre("1", "2", "3", "4"));
+}
+
+TEST_F(CommandHandOff, AClockThatIsSetBackDoesNotProlongASweep) {
+  for (const char *name : {"1", "2", "3"}) {
+    lay(name, std::chrono::hours(3));
+  }
+  fakes.fileManager.whileRemoving = [this] { fakes.queues.moveClock(std::chrono::hours(-1)); };
+  EXPECT_THAT(sweep(), ElementsAre("1", "2"));
 }
 
 TEST_F(CommandHandOff, TheWrittenFileIsNeitherReadBackNorRemoved) {

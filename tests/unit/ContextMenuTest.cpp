@@ -96,6 +96,18 @@ TEST_F(ContextMenu, Before27TheSixCommandsAreOneUnbrokenList) {
   }
 }
 
+TEST_F(ContextMenu, NoItemHasAKeyEquivalentOrIsDisabledWhateverTheSelection) {
+  fakes.finderSyncController.selected = {FileURL::fromPath("/wc/a"), FileURL::fromPath("/wc/b")};
+  const std::optional<Menu> shown = menu(0);
+  for (const MenuItem &entry : shown->items.front().submenu->items) {
+    // There is no member to say so; one that were added would not compile here.
+    const auto &[isSeparator, title, action, submenu] = entry;
+    EXPECT_EQ(action.empty(), isSeparator);
+    EXPECT_EQ(title.empty(), isSeparator);
+    EXPECT_EQ(submenu, nullptr);
+  }
+}
+
 TEST_F(ContextMenu, TheEllipsisOfATitleIsTheSingleCharacter) {
   const TitlesAndActions shown = entries();
   EXPECT_THAT(shown, Contains(Pair("Commit Changes\xE2\x80\xA6", "commitItems:")));

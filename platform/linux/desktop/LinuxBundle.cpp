@@ -16,6 +16,13 @@ FileURL directoryOfThisProgram() {
   return FileURL::fromPath(error ? "/" : program.parent_path().native(), /*isDirectory=*/true);
 }
 
+// Only where both are known do messages come with the characters of the user's locale; they are
+// told to come as UTF-8 anyway.
+locale_t localeOfUser() {
+  const locale_t locale = newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "", nullptr);
+  return locale != nullptr ? locale : newlocale(LC_MESSAGES_MASK, "", nullptr);
+}
+
 // Lets this thread speak the language while it lives.
 class LocaleScope {
  public:
@@ -31,8 +38,7 @@ class LocaleScope {
 }  // namespace
 
 LinuxBundle::LinuxBundle(const std::string &localePath)
-    : bundleURL_(directoryOfThisProgram()),
-      userLocale_(newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "", nullptr)) {
+    : bundleURL_(directoryOfThisProgram()), userLocale_(localeOfUser()) {
   const std::filesystem::path directory =
       (std::filesystem::path(bundleURL_.path()) / localePath).lexically_normal();
   bindtextdomain(textDomain, directory.c_str());

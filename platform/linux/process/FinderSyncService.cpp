@@ -12,7 +12,7 @@ using platform::VariantHandle;
 
 namespace {
 
-// Of the D-Bus specification, "RequestName".
+// Of the bus's own method "RequestName".
 constexpr guint32 doNotQueue = 4;
 constexpr guint32 primaryOwner = 1;
 

@@ -27,6 +27,7 @@ namespace {
 
 constexpr mode_t closedToAll = 0000;
 constexpr mode_t listOnly = 0400;
+constexpr mode_t listableOnly = 0400;
 constexpr mode_t readOnly = 0500;
 constexpr mode_t open = 0700;
 
@@ -169,6 +170,26 @@ TEST_F(UnprivilegedUser, AClosedDirectoryCannotBeVisitedAndIsNotRemoved) {
     EXPECT_FALSE(fileManager.removeItem(FileURL::fromPath(directory / "tree")));
   }
   EXPECT_EQ(readFileForTest(folder + "/file"), "contents");
+}
+
+TEST_F(UnprivilegedUser, TheDatesInADirectoryThatMayOnlyBeListedAreNotKnown) {
+  writeFile(directory / "folder/file", "");
+  const Mode mode(directory / "folder", listableOnly);
+  std::vector<std::string> names;
+  EXPECT_TRUE(platform::LinuxFileManager().visitContentsOfDirectory(
+      FileURL::fromPath(directory / "folder", true), [&names](const auto &entry) {
+        names.push_back(entry.name);
+        EXPECT_EQ(entry.contentModificationDate, std::nullopt);
+        return true;
+      }));
+  EXPECT_EQ(names, std::vector<std::string>{"file"});
+}
+
+TEST_F(UnprivilegedUser, AnEmptyDirectoryIsRemovedAlsoWhereItMayNotBeRead) {
+  std::filesystem::create_directories(directory / "tree/closed");
+  std::filesystem::permissions(directory / "tree/closed", std::filesystem::perms::none);
+  EXPECT_TRUE(platform::LinuxFileManager().removeItem(FileURL::fromPath(directory / "tree")));
+  EXPECT_FALSE(std::filesystem::exists(directory / "tree"));
 }
 
 TEST_F(UnprivilegedUser, AReadOnlyDirectoryKeepsItsContentsAndNotWhatIsBesideIt) {
