@@ -85,9 +85,15 @@ bool isAtOrBelow(std::string_view path, std::string_view folder) {
          (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders) {
+bool isAtOrBelowOneOf(std::string_view path, const std::vector<std::string> &folders) {
   return std::any_of(folders.begin(), folders.end(),
                      [path](const std::string &folder) { return isAtOrBelow(path, folder); });
+}
+
+bool isBelowOneOf(std::string_view path, const std::vector<std::string> &folders) {
+  return std::any_of(folders.begin(), folders.end(), [path](const std::string &folder) {
+    return path != folder && isAtOrBelow(path, folder);
+  });
 }
 
 std::string badgeLine(std::string_view badge, std::string_view path) {

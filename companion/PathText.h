@@ -28,7 +28,10 @@ std::string joinedPath(std::string_view folder, std::string_view relative);
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
 // The same of any of several folders.
-bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders);
+bool isAtOrBelowOneOf(std::string_view path, const std::vector<std::string> &folders);
+
+// Whether it lies below one of the folders; a folder does not lie below itself.
+bool isBelowOneOf(std::string_view path, const std::vector<std::string> &folders);
 
 // How an item's badge is told to programs, without a newline; "-" stands for none.
 std::string badgeLine(std::string_view badge, std::string_view path);

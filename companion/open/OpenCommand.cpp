@@ -1,6 +1,7 @@
+#include "companion/open/OpenCommand.h"
+
 #include <memory>
 
-#include "companion/Commands.h"
 #include "companion/SharedDirectory.h"
 #include "companion/conversation/DialogConversation.h"
 #include "companion/conversation/TerminalConversation.h"

@@ -8,7 +8,6 @@
 
 #include "companion/PathText.h"
 #include "companion/subversion/AdministrativeDirectory.h"
-#include "platform/Text.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace companion {
@@ -113,16 +112,6 @@ std::string oneLine(std::string_view text) {
     line += text[i];
   }
   return line;
-}
-
-std::string reasonAgainstPath(const std::string &path) {
-  const SubversionPool pool;
-  if (isAcceptedPath(path, pool)) {
-    return "";
-  }
-  return platform::isValidUTF8(path)
-             ? "not an absolute path in its shortest form"
-             : "its name is not valid UTF-8, and Subversion accepts no other names";
 }
 
 std::string svnCommand(const std::string &words, const std::string &path) {

@@ -15,9 +15,6 @@ std::string reasonOf(const SubversionError &error, const std::string &path);
 // Text that came from somewhere else as one line without control characters.
 std::string oneLine(std::string_view text);
 
-// Why a path must not be given to the library; empty if it may be.
-std::string reasonAgainstPath(const std::string &path);
-
 // A command line to tell the user: `svn`, the words, and the path as that program takes it from a
 // shell.
 std::string svnCommand(const std::string &words, const std::string &path);

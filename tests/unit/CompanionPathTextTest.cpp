@@ -43,3 +43,13 @@ TEST(PathText, DoesNotTakeANeighbourWithTheSameBeginningForAChild) {
   EXPECT_FALSE(isAtOrBelow("/a/wc2", "/a/wc"));
   EXPECT_FALSE(isAtOrBelow("/a", "/a/wc"));
 }
+
+TEST(PathText, TellsAFolderFromWhatIsBelowIt) {
+  const std::vector<std::string> folders = {"/a/wc", "/b"};
+  EXPECT_TRUE(isAtOrBelowOneOf("/b", folders));
+  EXPECT_TRUE(isAtOrBelowOneOf("/b/x", folders));
+  EXPECT_FALSE(isAtOrBelowOneOf("/a", folders));
+  EXPECT_FALSE(isBelowOneOf("/b", folders));
+  EXPECT_TRUE(isBelowOneOf("/b/x", folders));
+  EXPECT_FALSE(isBelowOneOf("/b2", folders));
+}
