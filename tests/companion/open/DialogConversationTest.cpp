@@ -5,6 +5,7 @@
 #include "tests/companion/open/OpenSession.h"
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -114,6 +115,19 @@ TEST_F(DialogConversation, LetsTheMessageBeWrittenInKDialog) {
   EXPECT_EQ(session.argumentsOf("kdialog"),
             "[--title]\n[Halvern: commit message]\n[--textinputbox]\n"
             "[<qt>Message for the commit of<br/><br/>/wc/&lt;a&gt;</qt>]\n[]\n[700]\n[450]\n");
+}
+
+TEST_F(DialogConversation, GivesTheMessageAsSubversionTakesIt) {
+  for (const std::string program : {"zenity", "kdialog"}) {
+    session.set("XDG_CURRENT_DESKTOP", program == "kdialog" ? "KDE" : "GNOME");
+    session.installRecorder(program, "\r\nFix it\r\nand that\r\n \r\n");
+    EXPECT_EQ(session.open(session.leave("commit", {"/wc/a"})).output,
+              "committed <Fix it\nand that>\n");
+    session.installRecorder(program, "Gr\xfcn");
+    const CommandResult result = session.open(session.leave("commit", {"/wc/a"}));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, StartsWith("halvern: the message is not valid UTF-8 text"));
+  }
 }
 
 TEST_F(DialogConversation, CommitsNothingWithoutAMessage) {
