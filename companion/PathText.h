@@ -1,4 +1,4 @@
-// Paths as this program takes and prints them. Pure functions.
+// Paths and other names as this program takes and prints them. Pure functions.
 #pragma once
 
 #include <string>
@@ -14,6 +14,10 @@ std::string fieldOfPath(std::string_view path);
 // For people: every control character escaped, so that a name can do nothing to a terminal. All
 // other bytes stay, UTF-8 or not.
 std::string displayedPath(std::string_view path);
+
+// Text that came from somewhere else as one line: what there is of control characters and spaces
+// between two words becomes one space.
+std::string oneLine(std::string_view text);
 
 // Without the slashes at its end; "/" stays "/".
 std::string_view withoutTrailingSlashes(std::string_view path);

@@ -1,11 +1,11 @@
 #include <optional>
 
 #include "companion/PathText.h"
+#include "companion/conversation/KeptMessage.h"
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/CommitProposal.h"
 #include "companion/subversion/CommitRun.h"
 #include "companion/subversion/FailureReason.h"
-#include "companion/subversion/KeptMessage.h"
 #include "companion/subversion/SelectedItems.h"
 #include "companion/subversion/WorkingCopyCommands.h"
 
@@ -26,23 +26,21 @@ std::string withSession(Conversation &conversation,
   return "";
 }
 
-// Keeps the message once, however many commits fail. Returns what to tell about it.
+// Keeps the message once, however many commits fail. Returns the end of a sentence about it.
 class MessageKeeper {
  public:
   explicit MessageKeeper(const std::string &message) : message_(message) {}
 
   std::string keep() {
-    if (!kept_) {
-      kept_ = keepMessage(message_);
+    if (note_.empty()) {
+      note_ = noteOfKeptMessage(message_);
     }
-    return *kept_ ? "; the message is kept in " + displayedPath(**kept_)
-                  : "; the message could not be kept (" + kept_->reason() +
-                        "); it is: " + oneLine(message_);
+    return note_;
   }
 
  private:
   const std::string message_;
-  std::optional<Result<std::string>> kept_;
+  std::string note_;
 };
 
 void commit(const CommitProposal &proposal, const std::string &message, ClientSession &session,

@@ -92,28 +92,6 @@ std::string reasonOf(const SubversionError &error, const std::string &path) {
   return wordsOf(error);
 }
 
-std::string oneLine(std::string_view text) {
-  std::string line;
-  bool isGap = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-    // U+0080 to U+009F are control characters of two bytes.
-    const bool isLongControl = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
-    if (byte <= 0x20 || byte == 0x7f || isLongControl) {
-      isGap = true;
-      i += isLongControl ? 1 : 0;
-      continue;
-    }
-    if (isGap && !line.empty()) {
-      line += ' ';
-    }
-    isGap = false;
-    line += text[i];
-  }
-  return line;
-}
-
 std::string svnCommand(const std::string &words, const std::string &path) {
   // What follows the last "@" is a revision to it, be that nothing.
   const std::string argument =

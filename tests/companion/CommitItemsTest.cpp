@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 
-#include "companion/subversion/KeptMessage.h"
+#include "companion/conversation/KeptMessage.h"
 #include "tests/companion/CommandFixture.h"
 
 using companion::commitItems;

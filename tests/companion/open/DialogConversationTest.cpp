@@ -5,7 +5,6 @@
 #include "tests/companion/open/OpenSession.h"
 
 using testing::HasSubstr;
-using testing::StartsWith;
 
 namespace {
 
@@ -123,11 +122,17 @@ TEST_F(DialogConversation, GivesTheMessageAsSubversionTakesIt) {
     session.installRecorder(program, "\r\nFix it\r\nand that\r\n \r\n");
     EXPECT_EQ(session.open(session.leave("commit", {"/wc/a"})).output,
               "committed <Fix it\nand that>\n");
-    session.installRecorder(program, "Gr\xfcn");
-    const CommandResult result = session.open(session.leave("commit", {"/wc/a"}));
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors, StartsWith("halvern: the message is not valid UTF-8 text"));
   }
+}
+
+TEST_F(DialogConversation, KeepsAMessageThatIsNotUTF8) {
+  session.installRecorder("zenity", "Gr\xfcn\n");
+  const CommandResult result = session.open(session.leave("commit", {"/wc/a"}));
+  EXPECT_EQ(result.status, 1);
+  ASSERT_EQ(session.keptMessages().size(), 1U);
+  EXPECT_EQ(result.errors, "halvern: the message is not valid UTF-8 text; the message is kept in " +
+                               session.keptMessages().front() + "\n");
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n\n");
 }
 
 TEST_F(DialogConversation, CommitsNothingWithoutAMessage) {
