@@ -6,8 +6,15 @@ namespace companion {
 
 namespace {
 
-bool isControl(unsigned char byte) {
-  return byte < 0x20 || byte == 0x7f;
+// The length of the control character at the beginning of the text, in bytes; 0 if there is none.
+std::size_t lengthOfControl(std::string_view text) {
+  const auto byte = static_cast<unsigned char>(text[0]);
+  if (byte < 0x20 || byte == 0x7f) {
+    return 1;
+  }
+  // U+0080 to U+009F are control characters too, of two bytes in UTF-8.
+  const auto next = static_cast<unsigned char>(text.size() > 1 ? text[1] : 0);
+  return byte == 0xc2 && next >= 0x80 && next <= 0x9f ? 2 : 0;
 }
 
 // The letter that stands for the byte after a backslash in a field; 0 if there is none.
@@ -50,19 +57,35 @@ std::string displayedPath(std::string_view path) {
     return "\"\"";
   }
   std::string displayed;
-  bool isSecondOfControl = false;
   const std::string field = fieldOfPath(path);
-  for (std::size_t i = 0; i < field.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(field[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < field.size() ? field[i + 1] : 0);
-    // U+0080 to U+009F are control characters too, of two bytes in UTF-8.
-    const bool isFirstOfControl = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
-    displayed += isControl(byte) || isFirstOfControl || isSecondOfControl
-                     ? octalEscape(byte)
-                     : std::string(1, field[i]);
-    isSecondOfControl = isFirstOfControl;
+  for (std::string_view rest = field; !rest.empty();) {
+    const std::size_t length = lengthOfControl(rest);
+    for (const char byte : rest.substr(0, length)) {
+      displayed += octalEscape(static_cast<unsigned char>(byte));
+    }
+    if (length == 0) {
+      displayed += rest.front();
+    }
+    rest.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return displayed;
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  bool isGap = false;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t length = lengthOfControl(rest);
+    if (length > 0 || rest.front() == ' ') {
+      isGap = true;
+    } else {
+      line += isGap && !line.empty() ? " " : "";
+      line += rest.front();
+      isGap = false;
+    }
+    rest.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return line;
 }
 
 std::string_view withoutTrailingSlashes(std::string_view path) {
@@ -85,9 +108,15 @@ bool isAtOrBelow(std::string_view path, std::string_view folder) {
          (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders) {
+bool isAtOrBelowOneOf(std::string_view path, const std::vector<std::string> &folders) {
   return std::any_of(folders.begin(), folders.end(),
                      [path](const std::string &folder) { return isAtOrBelow(path, folder); });
+}
+
+bool isBelowOneOf(std::string_view path, const std::vector<std::string> &folders) {
+  return std::any_of(folders.begin(), folders.end(), [path](const std::string &folder) {
+    return path != folder && isAtOrBelow(path, folder);
+  });
 }
 
 std::string badgeLine(std::string_view badge, std::string_view path) {

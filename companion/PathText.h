@@ -1,4 +1,4 @@
-// Paths as this program takes and prints them. Pure functions.
+// Paths and other names as this program takes and prints them. Pure functions.
 #pragma once
 
 #include <string>
@@ -15,6 +15,10 @@ std::string fieldOfPath(std::string_view path);
 // other bytes stay, UTF-8 or not.
 std::string displayedPath(std::string_view path);
 
+// Text that came from somewhere else as one line: what there is of control characters and spaces
+// between two words becomes one space.
+std::string oneLine(std::string_view text);
+
 // Without the slashes at its end; "/" stays "/".
 std::string_view withoutTrailingSlashes(std::string_view path);
 
@@ -28,7 +32,10 @@ std::string joinedPath(std::string_view folder, std::string_view relative);
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
 // The same of any of several folders.
-bool isInsideOneOf(std::string_view path, const std::vector<std::string> &folders);
+bool isAtOrBelowOneOf(std::string_view path, const std::vector<std::string> &folders);
+
+// Whether it lies below one of the folders; a folder does not lie below itself.
+bool isBelowOneOf(std::string_view path, const std::vector<std::string> &folders);
 
 // How an item's badge is told to programs, without a newline; "-" stands for none.
 std::string badgeLine(std::string_view badge, std::string_view path);

@@ -1,8 +1,5 @@
 #include "companion/SharedDirectory.h"
 
-#include <cerrno>
-#include <sys/stat.h>
-
 #include "platform/SharedDirectory.h"
 #include "platform/linux/LinuxFileManager.h"
 
@@ -20,12 +17,6 @@ Result<FileURL> sharedDirectoryURL() {
         "absolute path");
   }
   return *std::move(directory);
-}
-
-bool entryExists(const std::string &path) {
-  struct stat status {};
-  // What cannot be looked at may exist, so only a clear answer counts as none.
-  return lstat(path.c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 }  // namespace companion

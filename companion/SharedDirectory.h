@@ -9,7 +9,4 @@ namespace companion {
 // Need not exist. Fails where the environment names no place for the user's data.
 platform::Result<platform::FileURL> sharedDirectoryURL();
 
-// False only if there is certainly no entry at the path; one that cannot be looked at may be there.
-bool entryExists(const std::string &path);
-
 }  // namespace companion

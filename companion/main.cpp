@@ -1,6 +1,8 @@
 // The companion program: halvern.
-#include "companion/Commands.h"
 #include "companion/Help.h"
+#include "companion/badges/BadgeCommands.h"
+#include "companion/list/ListCommands.h"
+#include "companion/open/OpenCommand.h"
 #include "companion/subversion/SubversionLibrary.h"
 #include "platform/linux/StandardStreams.h"
 

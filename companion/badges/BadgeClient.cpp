@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "companion/list/ReachFailure.h"
+#include "companion/badges/ReachFailure.h"
 #include "platform/FileURL.h"
 #include "platform/linux/BusNames.h"
 #include "platform/linux/LinuxPaths.h"

@@ -39,14 +39,14 @@ void BadgeWatch::setDirectories(std::vector<std::string> directories) {
   directories_ = std::move(directories);
   for (const std::string &directory : different) {
     // One that went may lie in another one, whose badges count for its items from now on.
-    if (isInsideOneOf(directory, directories_)) {
+    if (isAtOrBelowOneOf(directory, directories_)) {
       changedFolders_[directory] = true;
     } else {
       changedFolders_.erase(directory);
     }
   }
   for (const std::string &path : known_.paths()) {
-    if (!isInsideOneOf(path, directories_)) {
+    if (!isAtOrBelowOneOf(path, directories_)) {
       take(path, "");
     }
   }
@@ -58,7 +58,7 @@ void BadgeWatch::takeChanges(Badges badges) {
     if (std::binary_search(directories_.begin(), directories_.end(), path)) {
       changedFolders_.try_emplace(path, false);
     }
-    if (isInsideOneOf(path, directories_)) {
+    if (isAtOrBelowOneOf(path, directories_)) {
       take(path, badge);
     }
   }
@@ -67,7 +67,7 @@ void BadgeWatch::takeChanges(Badges badges) {
 void BadgeWatch::takeAnswers(const Badges &badges) {
   for (const auto &[path, badge] : badges) {
     // The directories may have changed since the question.
-    take(path, isInsideOneOf(path, directories_) ? badge : "");
+    take(path, isAtOrBelowOneOf(path, directories_) ? badge : "");
   }
 }
 
@@ -103,7 +103,7 @@ BadgeWatch::Questions BadgeWatch::takeQuestions() {
     if (isAsked) {
       paths.push_back(folder);
     }
-    if (isInsideOneOf(folder, listed)) {  // an outer folder comes before those in it
+    if (isAtOrBelowOneOf(folder, listed)) {  // an outer folder comes before those in it
       continue;
     }
     listed.push_back(folder);

@@ -4,14 +4,14 @@
 #include <unistd.h>
 #include <unordered_map>
 
-#include "companion/Commands.h"
 #include "companion/PathText.h"
 #include "companion/SessionBus.h"
 #include "companion/badges/BadgeClient.h"
+#include "companion/badges/BadgeCommands.h"
 #include "companion/badges/BadgeTree.h"
 #include "companion/badges/ItemListing.h"
+#include "companion/badges/ReachFailure.h"
 #include "companion/badges/Targets.h"
-#include "companion/list/ReachFailure.h"
 
 namespace companion {
 
@@ -37,7 +37,7 @@ std::vector<std::string> pathsToAskFor(const std::vector<Section> &sections,
     const std::size_t before = paths.size();
     for (const std::string &item : section.items) {
       std::string path = joinedPath(section.target.path, item);
-      if (isInsideOneOf(path, workingCopies)) {
+      if (isAtOrBelowOneOf(path, workingCopies)) {
         paths.push_back(std::move(path));
       }
     }
@@ -108,7 +108,7 @@ ExitStatus printBadges(const Options &options, Output &output) {
     const ItemsBeneath beneath = itemsBeneath(target.path, *workingCopies);
     section.items.insert(section.items.end(), beneath.names.begin(), beneath.names.end());
     for (const auto &[place, reason] : beneath.unreadable) {
-      if (isInsideOneOf(place, *workingCopies)) {
+      if (isAtOrBelowOneOf(place, *workingCopies)) {
         printError(unreadableMessage(place, reason));
         status = exitFailed;
       }

@@ -13,11 +13,11 @@ std::optional<std::string> visitVersionedPaths(const std::string &folder,
     return SVN_NO_ERROR;
   };
 
+  if (std::string reason = reasonAgainstPath(folder); !reason.empty()) {
+    return reason;
+  }
   const SubversionPool pool;
   svn_client_ctx_t *context = nullptr;
-  if (!isAcceptedPath(folder, pool)) {
-    return "its name is not valid UTF-8, and Subversion accepts no other names";
-  }
   SubversionError error = createClientContext(&context, pool);
   if (error == nullptr) {
     svn_opt_revision_t revision{};

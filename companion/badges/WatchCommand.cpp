@@ -1,11 +1,11 @@
-#include "companion/Commands.h"
 #include "companion/PathText.h"
 #include "companion/SessionBus.h"
+#include "companion/badges/BadgeCommands.h"
 #include "companion/badges/BadgeWatch.h"
 #include "companion/badges/Interruption.h"
 #include "companion/badges/NameOwnerWatch.h"
+#include "companion/badges/ReachFailure.h"
 #include "companion/badges/RestartDelay.h"
-#include "companion/list/ReachFailure.h"
 
 namespace companion {
 

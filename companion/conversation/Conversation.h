@@ -21,9 +21,10 @@ class Conversation {
   virtual platform::Result<bool> confirm(const std::string &question, const std::string &button,
                                          const std::vector<std::string> &items) = 0;
 
-  // The message that the user wrote for a commit of the items, which are shown to them; without
-  // blank lines at its ends. None if the user gave up or wrote nothing. Fails where there is no way
-  // to ask.
+  // The message that the user wrote for a commit of the items, which are shown to them, as
+  // Subversion takes it: valid UTF-8 with LF alone between the lines, neither blank nor with blank
+  // lines at its ends (MessageText). None if the user gave up or wrote nothing. Fails where there
+  // is no way to ask.
   virtual platform::Result<std::optional<std::string>> askForMessage(
       const std::vector<std::string> &items) = 0;
 

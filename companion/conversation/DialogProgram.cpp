@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "companion/conversation/ItemList.h"
+#include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/Markup.h"
 #include "companion/conversation/MessageText.h"
 #include "platform/linux/FileDescriptor.h"
@@ -182,7 +183,7 @@ Result<std::optional<std::string>> DialogProgram::askForMessage(
   if (answer->status != 0) {
     return std::optional<std::string>();
   }
-  return messageOfText(answer->output);
+  return messageOrKeptText(answer->output);
 }
 
 void DialogProgram::showError(const std::string &headline,

@@ -4,6 +4,7 @@
 
 #include "companion/PathText.h"
 #include "companion/conversation/ForegroundProgram.h"
+#include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/MessageText.h"
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/GLibHandles.h"
@@ -17,25 +18,21 @@ using Message = std::optional<std::string>;
 
 namespace {
 
-// A directory for this user alone, removed with all that is in it unless that is to be kept.
+// A directory for this user alone, removed with all that is in it.
 class PrivateDirectory {
  public:
   explicit PrivateDirectory(std::string path) : path_(std::move(path)) {}
   ~PrivateDirectory() {
-    if (!path_.empty() && !isKept_) {
-      std::error_code ignored;
-      std::filesystem::remove_all(path_, ignored);
-    }
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
   }
   PrivateDirectory(const PrivateDirectory &) = delete;
   PrivateDirectory &operator=(const PrivateDirectory &) = delete;
 
   const std::string &path() const { return path_; }
-  void keep() { isKept_ = true; }
 
  private:
   const std::string path_;
-  bool isKept_ = false;
 };
 
 Result<Message> failure(const std::string &reason) {
@@ -69,7 +66,7 @@ Result<Message> messageFromEditor(const std::vector<std::string> &items) {
   if (made == nullptr) {
     return failure(std::string("there is no place for the message: ") + error->message);
   }
-  PrivateDirectory directory(made.get());
+  const PrivateDirectory directory(made.get());
   const std::string file = directory.path() + "/commit message.txt";
   const Outcome isWritten = platform::replaceFile(file, messageTemplate(items));
   if (!isWritten) {
@@ -85,16 +82,13 @@ Result<Message> messageFromEditor(const std::vector<std::string> &items) {
   if (!text) {
     return failure("the message: " + displayedPath(file) + ": " + text.reason());
   }
-  Result<Message> message = messageOfText(*text);
-  if (isEdited && message) {
-    return message;
+  if (isEdited) {
+    return messageOrKeptText(*text);
   }
-  std::string reason = isEdited ? message.reason() : "the editor failed: " + isEdited.reason();
-  if (!message || *message) {
-    directory.keep();
-    reason += "; what was written is kept in " + displayedPath(file);
-  }
-  return failure(reason);
+  const Result<Message> message = messageOfText(*text);
+  const bool isAnythingWritten = !message || *message;
+  return failure("the editor failed: " + isEdited.reason() +
+                 (isAnythingWritten ? noteOfKeptMessage(message ? **message : *text) : ""));
 }
 
 }  // namespace companion

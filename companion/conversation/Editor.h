@@ -14,7 +14,7 @@ namespace companion {
 platform::Result<std::vector<std::string>> editorCommand(const std::string &file);
 
 // Has the user write a commit message in the editor, on the terminal. None if nothing was written.
-// What was written is not lost where this fails: the reason then says where it is.
+// What was written is not lost where this fails: the reason then says where it is kept.
 platform::Result<std::optional<std::string>> messageFromEditor(
     const std::vector<std::string> &items);
 

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 
 #include "companion/AbsolutePath.h"
-#include "companion/Commands.h"
 #include "companion/PathText.h"
 #include "companion/list/Announcement.h"
+#include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
 #include "companion/subversion/WorkingCopyRoot.h"

@@ -1,6 +1,6 @@
-#include "companion/Commands.h"
 #include "companion/PathText.h"
 #include "companion/SharedDirectory.h"
+#include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/Manifest.h"
 

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
-#include "companion/SharedDirectory.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 
 namespace companion {

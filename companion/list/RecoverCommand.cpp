@@ -4,10 +4,11 @@
 
 #include <glib.h>
 
-#include "companion/Commands.h"
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
 #include "companion/SharedDirectory.h"
 #include "companion/list/Announcement.h"
+#include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
 #include "platform/linux/LinuxBookmarks.h"

@@ -1,7 +1,7 @@
 #include "companion/AbsolutePath.h"
-#include "companion/Commands.h"
 #include "companion/PathText.h"
 #include "companion/list/Announcement.h"
+#include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
 

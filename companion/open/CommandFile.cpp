@@ -79,7 +79,7 @@ Result<CommandFile> CommandFile::open(const FileURL &sharedDirectory,
 Result<std::string> CommandFile::read() const {
   std::string contents;
   char buffer[1 << 16];
-  while (contents.size() <= largestCommand) {
+  while (contents.size() <= largestCommandSize) {
     const ssize_t count = pread(file_, buffer, sizeof buffer, static_cast<off_t>(contents.size()));
     if (count < 0 && errno == EINTR) {
       continue;

@@ -2,9 +2,9 @@
 //
 // What becomes of a file that is refused: one that the extension cannot have written for this user
 // (not a regular file, another owner, writable by others, with a second name) is not ours and is
-// left alone. Every other one is removed before its contents are looked at, and stays removed if
-// they are wrong: nothing would ever carry it out, the next ones would pile up beside it, and what
-// it asked for can be asked for again in the file manager.
+// left alone. Every other one is removed before anything comes of its contents, also if they are
+// wrong: nothing would ever carry it out, the next ones would pile up beside it, and what it asked
+// for can be asked for again in the file manager.
 #pragma once
 
 #include <string>

@@ -66,8 +66,8 @@ Result<CommandRequest> requestFromDictionary(const Dictionary &dictionary) {
 }
 
 Result<CommandRequest> requestFromPropertyList(std::string_view bytes) {
-  if (bytes.size() > largestCommand) {
-    return refusal("it is larger than 16 MiB");
+  if (bytes.size() > largestCommandSize) {
+    return refusal("it is larger than " + std::to_string(largestCommandSize >> 20) + " MiB");
   }
   const Result<Dictionary> dictionary = platform::dictionaryFromPropertyList(bytes);
   if (!dictionary) {

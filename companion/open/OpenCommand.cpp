@@ -1,6 +1,7 @@
+#include "companion/open/OpenCommand.h"
+
 #include <memory>
 
-#include "companion/Commands.h"
 #include "companion/SharedDirectory.h"
 #include "companion/conversation/DialogConversation.h"
 #include "companion/conversation/TerminalConversation.h"
@@ -86,9 +87,9 @@ ExitStatus takeCommand(const Options &options, const CommandHandlers &handlers, 
   if (!contents) {
     return failToOpen(contents.reason(), output);
   }
-  if (const std::optional<CommandLine> window = windowForAsking(options)) {
-    const Result<CommandRequest> request = requestFromPropertyList(*contents);
-    if (request && asksUser(request->action)) {
+  const Result<CommandRequest> request = requestFromPropertyList(*contents);
+  if (request && asksUser(request->action)) {
+    if (const std::optional<CommandLine> window = windowForAsking(options)) {
       return leaveToWindow(*window, *file, titleOfAction(request->action), output);
     }
   }
@@ -101,7 +102,6 @@ ExitStatus takeCommand(const Options &options, const CommandHandlers &handlers, 
     printError("the command was already taken");
     return exitFailed;
   }
-  const Result<CommandRequest> request = requestFromPropertyList(*contents);
   if (!request) {
     return failToOpen(request.reason(), output);
   }

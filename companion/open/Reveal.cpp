@@ -1,9 +1,8 @@
 #include "companion/open/Reveal.h"
 
-#include <cerrno>
 #include <set>
-#include <sys/stat.h>
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
 #include "companion/SessionBus.h"
 #include "platform/FileURL.h"
@@ -77,11 +76,10 @@ Report revealItems(const std::vector<std::string> &paths, Conversation & /*conve
   Report report;
   std::vector<std::string> present;
   for (const std::string &path : paths) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) == 0) {
+    if (const std::string reason = reasonForAbsence(path); reason.empty()) {
       present.push_back(path);
     } else {
-      report.failures.push_back(displayedPath(path) + ": " + g_strerror(errno));
+      report.failures.push_back(displayedPath(path) + ": " + reason);
     }
   }
   if (present.empty()) {

@@ -1,7 +1,7 @@
 #include "companion/subversion/AdministrativeDirectory.h"
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
-#include "companion/SharedDirectory.h"
 #include "platform/Paths.h"
 
 namespace companion {

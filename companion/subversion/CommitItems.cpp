@@ -1,14 +1,13 @@
 #include <optional>
 
 #include "companion/PathText.h"
+#include "companion/conversation/KeptMessage.h"
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/CommitProposal.h"
 #include "companion/subversion/CommitRun.h"
 #include "companion/subversion/FailureReason.h"
-#include "companion/subversion/KeptMessage.h"
 #include "companion/subversion/SelectedItems.h"
 #include "companion/subversion/WorkingCopyCommands.h"
-#include "platform/Text.h"
 
 namespace companion {
 
@@ -27,40 +26,21 @@ std::string withSession(Conversation &conversation,
   return "";
 }
 
-// Subversion wants a newline alone at the end of each line.
-std::string withPlainLineEnds(const std::string &text) {
-  std::string plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\r') {
-      plain += text[i];
-    } else if (i + 1 == text.size() || text[i + 1] != '\n') {
-      plain += '\n';
-    }
-  }
-  return plain;
-}
-
-bool isBlank(const std::string &text) {
-  return text.find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
-// Keeps the message once, however many commits fail. Returns what to tell about it.
+// Keeps the message once, however many commits fail. Returns the end of a sentence about it.
 class MessageKeeper {
  public:
   explicit MessageKeeper(const std::string &message) : message_(message) {}
 
   std::string keep() {
-    if (!kept_) {
-      kept_ = keepMessage(message_);
+    if (note_.empty()) {
+      note_ = noteOfKeptMessage(message_);
     }
-    return *kept_ ? "; the message is kept in " + displayedPath(**kept_)
-                  : "; the message could not be kept (" + kept_->reason() +
-                        "); it is: " + oneLine(message_);
+    return note_;
   }
 
  private:
   const std::string message_;
-  std::optional<Result<std::string>> kept_;
+  std::string note_;
 };
 
 void commit(const CommitProposal &proposal, const std::string &message, ClientSession &session,
@@ -82,15 +62,11 @@ void commit(const CommitProposal &proposal, const std::string &message, ClientSe
 void commitAll(const std::vector<CommitProposal> &proposals, const std::string &message,
                Conversation &conversation, Report &report) {
   MessageKeeper keeper(message);
-  const std::string plain = withPlainLineEnds(message);
-  std::string reason = platform::isValidUTF8(plain) ? "" : "the message is not valid UTF-8";
-  if (reason.empty()) {
-    reason = withSession(conversation, [&](ClientSession &session) {
-      for (const CommitProposal &proposal : proposals) {
-        commit(proposal, plain, session, conversation, keeper, report);
-      }
-    });
-  }
+  const std::string reason = withSession(conversation, [&](ClientSession &session) {
+    for (const CommitProposal &proposal : proposals) {
+      commit(proposal, message, session, conversation, keeper, report);
+    }
+  });
   if (!reason.empty()) {
     report.failures.push_back("nothing was committed: " + reason + keeper.keep());
   }
@@ -121,7 +97,7 @@ Report commitItems(const std::vector<std::string> &paths, Conversation &conversa
     const Result<std::optional<std::string>> message = conversation.askForMessage(lines);
     if (!message) {
       report.failures.push_back("nothing was committed: " + message.reason());
-    } else if (!*message || isBlank(**message)) {
+    } else if (!*message) {
       report.done.emplace_back("nothing was committed");
     } else {
       commitAll(proposals, **message, conversation, report);

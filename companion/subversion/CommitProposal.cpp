@@ -28,8 +28,7 @@ class Preparation {
     }
     Preparing &preparing = preparingFor(*root);
     // It goes with the folder above it, or stays with it.
-    if (isBeneathOneOf(path, preparing.proposal.targets) ||
-        isBeneathOneOf(path, preparing.refused)) {
+    if (isBelowOneOf(path, preparing.proposal.targets) || isBelowOneOf(path, preparing.refused)) {
       return;
     }
     const Result<std::vector<ItemStatus>> changes = changesOfItem(path, session_);
@@ -81,7 +80,7 @@ class Preparation {
              svnCommand("delete", item.path);
     }
     const std::string folder(platform::parentOfPath(item.path));
-    if (item.isNew() && !isInsideOneOf(folder, selected_)) {
+    if (item.isNew() && !isAtOrBelowOneOf(folder, selected_)) {
       const Result<ItemStatus> parent = statusOfItem(folder, session_);
       if (parent && parent->isNew()) {
         return "its folder has not been committed yet; commit that: " + displayedPath(folder);

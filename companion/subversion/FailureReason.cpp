@@ -8,7 +8,6 @@
 
 #include "companion/PathText.h"
 #include "companion/subversion/AdministrativeDirectory.h"
-#include "platform/Text.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace companion {
@@ -91,38 +90,6 @@ std::string reasonOf(const SubversionError &error, const std::string &path) {
     return "not a Subversion working copy";
   }
   return wordsOf(error);
-}
-
-std::string oneLine(std::string_view text) {
-  std::string line;
-  bool isGap = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-    // U+0080 to U+009F are control characters of two bytes.
-    const bool isLongControl = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
-    if (byte <= 0x20 || byte == 0x7f || isLongControl) {
-      isGap = true;
-      i += isLongControl ? 1 : 0;
-      continue;
-    }
-    if (isGap && !line.empty()) {
-      line += ' ';
-    }
-    isGap = false;
-    line += text[i];
-  }
-  return line;
-}
-
-std::string reasonAgainstPath(const std::string &path) {
-  const SubversionPool pool;
-  if (isAcceptedPath(path, pool)) {
-    return "";
-  }
-  return platform::isValidUTF8(path)
-             ? "not an absolute path in its shortest form"
-             : "its name is not valid UTF-8, and Subversion accepts no other names";
 }
 
 std::string svnCommand(const std::string &words, const std::string &path) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "companion/subversion/SubversionLibrary.h"
 
@@ -11,12 +10,6 @@ namespace companion {
 // One line that names the cure where there is one. The library was asked for the item at `path`,
 // which is named in cures alone.
 std::string reasonOf(const SubversionError &error, const std::string &path);
-
-// Text that came from somewhere else as one line without control characters.
-std::string oneLine(std::string_view text);
-
-// Why a path must not be given to the library; empty if it may be.
-std::string reasonAgainstPath(const std::string &path);
 
 // A command line to tell the user: `svn`, the words, and the path as that program takes it from a
 // shell.

@@ -5,8 +5,8 @@
 #include <apr_hash.h>
 #include <svn_props.h>
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
-#include "companion/SharedDirectory.h"
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/FailureReason.h"
 #include "companion/subversion/IgnorePattern.h"

@@ -1,11 +1,8 @@
 #include "companion/subversion/ItemStatus.h"
 
-#include <cerrno>
 #include <exception>
-#include <sys/stat.h>
 
-#include <glib.h>
-
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
 #include "companion/subversion/FailureReason.h"
 
@@ -55,12 +52,6 @@ SubversionError walk(const std::string &path, Walk walk, std::vector<ItemStatus>
       /*check_working_copy=*/TRUE, /*no_ignore=*/walk.reportsUnchanged ? TRUE : FALSE,
       /*ignore_externals=*/TRUE, /*depth_as_sticky=*/FALSE, /*changelists=*/nullptr, gather, &items,
       pool));
-}
-
-// Why there is no item at the path; empty if there is one.
-std::string reasonForAbsence(const std::string &path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0 ? "" : g_strerror(errno);
 }
 
 Result<std::vector<ItemStatus>> statuses(const std::string &path, Walk kind,

@@ -49,7 +49,7 @@ class Reversion {
 
   void revertItem(const std::string &path) {
     // With the folder above it.
-    if (isBeneathOneOf(path, reverted_)) {
+    if (isBelowOneOf(path, reverted_)) {
       tellReverted(path);
       return;
     }

@@ -29,8 +29,8 @@ std::string reasonAgainstItem(const std::string &path, const ClientSession &sess
   return busy.reasonAgainst(path);
 }
 
-}  // namespace
-
+// Each path once; those that lie below another one stand behind all that do not. Else the order
+// stays.
 std::vector<std::string> outermostFirst(const std::vector<std::string> &paths) {
   std::unordered_set<std::string> seen;
   std::vector<std::string> items;
@@ -51,11 +51,7 @@ std::vector<std::string> outermostFirst(const std::vector<std::string> &paths) {
   return items;
 }
 
-bool isBeneathOneOf(const std::string &path, const std::vector<std::string> &folders) {
-  return std::any_of(folders.begin(), folders.end(), [&path](const std::string &folder) {
-    return path != folder && isAtOrBelow(path, folder);
-  });
-}
+}  // namespace
 
 void forEachItem(const std::vector<std::string> &paths, const ClientSession &session,
                  Report &report, const std::function<void(const std::string &path)> &work) {

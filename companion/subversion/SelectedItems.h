@@ -11,13 +11,6 @@
 
 namespace companion {
 
-// Each path once; those that lie beneath another one stand behind all that do not. Else the order
-// stays.
-std::vector<std::string> outermostFirst(const std::vector<std::string> &paths);
-
-// Whether the path lies beneath one of the folders; a folder does not lie beneath itself.
-bool isBeneathOneOf(const std::string &path, const std::vector<std::string> &folders);
-
 // Does the work for each item, outermost first, but for those of which the library cannot be asked
 // and those that an interruption leaves over; they become failures. Whatever one item's work throws
 // does not keep the others from being done.

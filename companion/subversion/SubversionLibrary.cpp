@@ -36,9 +36,15 @@ SubversionError createClientContext(svn_client_ctx_t **context, const Subversion
   return SubversionError(svn_client_create_context2(context, apr_hash_make(pool), pool));
 }
 
-bool isAcceptedPath(const std::string &path, const SubversionPool &pool) {
-  return platform::isValidUTF8(path) && svn_dirent_is_absolute(path.c_str()) != FALSE &&
-         svn_dirent_is_canonical(path.c_str(), pool) != FALSE;
+std::string reasonAgainstPath(const std::string &path) {
+  if (!platform::isValidUTF8(path)) {
+    return "its name is not valid UTF-8, and Subversion accepts no other names";
+  }
+  const SubversionPool pool;
+  return svn_dirent_is_absolute(path.c_str()) != FALSE &&
+                 svn_dirent_is_canonical(path.c_str(), pool) != FALSE
+             ? ""
+             : "not an absolute path in its shortest form";
 }
 
 }  // namespace companion

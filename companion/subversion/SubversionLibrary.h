@@ -38,7 +38,8 @@ std::string messageOf(const SubversionError &error);
 // A client that knows no configuration: nothing that this program asks depends on one.
 SubversionError createClientContext(svn_client_ctx_t **context, const SubversionPool &pool);
 
-// Whether the library may be given the path; it ends the process over some that it does not like.
-bool isAcceptedPath(const std::string &path, const SubversionPool &pool);
+// Why the library must not be given the path, over which it might end the process; empty if it may
+// be.
+std::string reasonAgainstPath(const std::string &path);
 
 }  // namespace companion

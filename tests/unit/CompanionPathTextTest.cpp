@@ -19,6 +19,14 @@ TEST(PathText, WhatIsDisplayedEscapesControlCharactersOfTwoBytesToo) {
             "a\\302\\23331m \\302\\200\\302\\237\u00a0");
 }
 
+TEST(PathText, BecomesOneLineWithoutControlCharacters) {
+  EXPECT_EQ(oneLine("  a\r\n\t b  c\x1b\x7f\n"), "a b c");
+  EXPECT_EQ(oneLine("a\xc2\x85z\xc2\x9f"), "a z");
+  EXPECT_EQ(oneLine("größe\xc2\xa0\xc2"), "größe\xc2\xa0\xc2");
+  EXPECT_EQ(oneLine(" \n"), "");
+  EXPECT_EQ(oneLine(""), "");
+}
+
 TEST(PathText, SpacesAndAllBytesAboveASCIIPassThrough) {
   EXPECT_EQ(fieldOfPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
   EXPECT_EQ(displayedPath("größe 日本 \xff\x80"), "größe 日本 \xff\x80");
@@ -42,4 +50,14 @@ TEST(PathText, DoesNotTakeANeighbourWithTheSameBeginningForAChild) {
   EXPECT_TRUE(isAtOrBelow("/a", "/"));
   EXPECT_FALSE(isAtOrBelow("/a/wc2", "/a/wc"));
   EXPECT_FALSE(isAtOrBelow("/a", "/a/wc"));
+}
+
+TEST(PathText, TellsAFolderFromWhatIsBelowIt) {
+  const std::vector<std::string> folders = {"/a/wc", "/b"};
+  EXPECT_TRUE(isAtOrBelowOneOf("/b", folders));
+  EXPECT_TRUE(isAtOrBelowOneOf("/b/x", folders));
+  EXPECT_FALSE(isAtOrBelowOneOf("/a", folders));
+  EXPECT_FALSE(isBelowOneOf("/b", folders));
+  EXPECT_TRUE(isBelowOneOf("/b/x", folders));
+  EXPECT_FALSE(isBelowOneOf("/b2", folders));
 }

@@ -131,8 +131,8 @@ TEST_F(CommandFiles, ThatAreTooLargeAreReadNoFurtherThanShowsThat) {
   ASSERT_TRUE(file) << file.reason();
   const auto contents = file->read();
   ASSERT_TRUE(contents) << contents.reason();
-  EXPECT_GT(contents->size(), companion::largestCommand);
-  EXPECT_LE(contents->size(), companion::largestCommand + (1 << 16));
+  EXPECT_GT(contents->size(), companion::largestCommandSize);
+  EXPECT_LE(contents->size(), companion::largestCommandSize + (1 << 16));
 }
 
 TEST_F(CommandFiles, InADirectoryThatIsAFileAreNotRead) {

@@ -116,6 +116,25 @@ TEST_F(DialogConversation, LetsTheMessageBeWrittenInKDialog) {
             "[<qt>Message for the commit of<br/><br/>/wc/&lt;a&gt;</qt>]\n[]\n[700]\n[450]\n");
 }
 
+TEST_F(DialogConversation, GivesTheMessageAsSubversionTakesIt) {
+  for (const std::string program : {"zenity", "kdialog"}) {
+    session.set("XDG_CURRENT_DESKTOP", program == "kdialog" ? "KDE" : "GNOME");
+    session.installRecorder(program, "\r\nFix it\r\nand that\r\n \r\n");
+    EXPECT_EQ(session.open(session.leave("commit", {"/wc/a"})).output,
+              "committed <Fix it\nand that>\n");
+  }
+}
+
+TEST_F(DialogConversation, KeepsAMessageThatIsNotUTF8) {
+  session.installRecorder("zenity", "Gr\xfcn\n");
+  const CommandResult result = session.open(session.leave("commit", {"/wc/a"}));
+  EXPECT_EQ(result.status, 1);
+  ASSERT_EQ(session.keptMessages().size(), 1U);
+  EXPECT_EQ(result.errors, "halvern: the message is not valid UTF-8 text; the message is kept in " +
+                               session.keptMessages().front() + "\n");
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n\n");
+}
+
 TEST_F(DialogConversation, CommitsNothingWithoutAMessage) {
   session.installRecorder("zenity", "Fix it", 1);
   EXPECT_EQ(session.open(session.leave("commit", {"/wc/a"})).output, "nothing was committed\n");

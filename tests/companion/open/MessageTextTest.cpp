@@ -30,6 +30,7 @@ TEST(MessageText, ShowsNoMoreItemsThanAnEditorTakes) {
 TEST(MessageText, ThatWasLeftAsItWasIsNoMessage) {
   EXPECT_EQ(message(messageTemplate({"M a.txt"})), std::nullopt);
   EXPECT_EQ(message(""), std::nullopt);
+  EXPECT_EQ(message(" \n"), std::nullopt);
   EXPECT_EQ(message(" \n\t\r\n\n" + endLine), std::nullopt);
 }
 
@@ -45,6 +46,7 @@ TEST(MessageText, LosesBlankLinesAtItsEndsAndKeepsThoseWithin) {
 
 TEST(MessageText, HasLineFeedsAlone) {
   EXPECT_EQ(message("one\r\ntwo\rthree\n\r\n"), "one\ntwo\nthree");
+  EXPECT_EQ(message("Grüße\r\nzwei\rdrei\r"), "Grüße\nzwei\ndrei");
 }
 
 TEST(MessageText, MustBeUTF8) {
@@ -52,6 +54,7 @@ TEST(MessageText, MustBeUTF8) {
                           "e")
                 .reason(),
             "the message is not valid UTF-8 text");
+  EXPECT_EQ(messageOfText("\xff").reason(), "the message is not valid UTF-8 text");
   EXPECT_EQ(messageOfText(std::string("a\0b", 3)).reason(), "the message is not valid UTF-8 text");
   EXPECT_EQ(message("Grüße 文書"), "Grüße 文書");
   EXPECT_EQ(message("Fix it\n" + endLine + "\n\xff"), "Fix it");

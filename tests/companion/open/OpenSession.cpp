@@ -16,6 +16,16 @@ namespace {
 constexpr const char *commandsBelowData =
     "data/group-containers/7KQ2M9XR4T.com.morvane.shared/FinderSync/Commands";
 
+// The paths of what is in the folder, which need not exist.
+std::vector<std::string> filesIn(const std::string &folder) {
+  std::vector<std::string> paths;
+  std::error_code error;
+  for (const auto &entry : fs::directory_iterator(folder, error)) {
+    paths.push_back(entry.path());
+  }
+  return paths;
+}
+
 }  // namespace
 
 OpenSession::OpenSession() {
@@ -23,6 +33,7 @@ OpenSession::OpenSession() {
                               {"PATH", directory_ / "bin"},
                               {"TMPDIR", directory_ / "temporary"},
                               {"XDG_DATA_HOME", directory_ / "data"},
+                              {"XDG_STATE_HOME", directory_ / "state"},
                               {"XDG_CONFIG_HOME", directory_ / "configuration"},
                               {"XDG_DATA_DIRS", directory_ / "none"},
                               {"XDG_CONFIG_DIRS", directory_ / "none"},
@@ -116,9 +127,9 @@ CommandOptions OpenSession::environment() const {
 }
 
 std::vector<std::string> OpenSession::temporaryFiles() const {
-  std::vector<std::string> names;
-  for (const auto &entry : fs::directory_iterator(directory_ / "temporary")) {
-    names.push_back(entry.path().filename());
-  }
-  return names;
+  return filesIn(directory_ / "temporary");
+}
+
+std::vector<std::string> OpenSession::keptMessages() const {
+  return filesIn(directory_ / "state/halvern");
 }

@@ -47,8 +47,11 @@ class OpenSession {
                                    const std::vector<std::string> &options = {}) const;
   CommandOptions environment() const;
 
-  // The names in the directory for temporary files, of which none should be left.
+  // What is in the directory for temporary files, of which nothing should be left.
   std::vector<std::string> temporaryFiles() const;
+
+  // The files of messages that could not be used.
+  std::vector<std::string> keptMessages() const;
 
   OpenSession();
 

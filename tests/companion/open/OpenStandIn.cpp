@@ -1,8 +1,8 @@
 // The program as far as "open" goes, with handlers that only talk with the user.
 #include <csignal>
 
-#include "companion/Commands.h"
 #include "companion/PathText.h"
+#include "companion/open/OpenCommand.h"
 #include "companion/open/Reveal.h"
 #include "platform/linux/StandardStreams.h"
 

@@ -5,8 +5,10 @@
 #include "tests/companion/open/OpenSession.h"
 #include "tests/support/PseudoTerminal.h"
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
@@ -99,6 +101,7 @@ TEST_F(TerminalConversation, CommitsNothingIfTheEditorFails) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output, "halvern: the editor failed: it ended with status 1\n");
   EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+  EXPECT_THAT(session.keptMessages(), IsEmpty());
 }
 
 TEST_F(TerminalConversation, KeepsWhatWasWrittenBeforeTheEditorFailed) {
@@ -106,20 +109,22 @@ TEST_F(TerminalConversation, KeepsWhatWasWrittenBeforeTheEditorFailed) {
   const CommandResult result = committed();
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr("halvern: the editor failed: it ended with status 137; "
-                                       "what was written is kept in "));
-  ASSERT_EQ(session.temporaryFiles().size(), 1U);
-  EXPECT_EQ(readFileForTest(session / ("temporary/" + session.temporaryFiles().front() +
-                                       "/commit message.txt")),
-            "Fix it\n");
+                                       "the message is kept in "));
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  EXPECT_THAT(result.output, EndsWith(session.keptMessages().front() + "\n"));
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Fix it\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
 }
 
 TEST_F(TerminalConversation, KeepsAMessageThatIsNotUTF8) {
   session.set("EDITOR", session.install("latin", "printf 'Gr\\374n' > \"$1\"\n"));
   const CommandResult result = committed();
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.output, StartsWith("halvern: the message is not valid UTF-8 text; what was "
-                                        "written is kept in "));
-  EXPECT_EQ(session.temporaryFiles().size(), 1U);
+  EXPECT_THAT(result.output, StartsWith("halvern: the message is not valid UTF-8 text; the "
+                                        "message is kept in "));
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
 }
 
 TEST_F(TerminalConversation, LeavesTheKeysThatInterruptToTheEditor) {

@@ -1,10 +1,11 @@
-#include "companion/subversion/KeptMessage.h"
+#include "companion/conversation/KeptMessage.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <optional>
 #include <unistd.h>
 
+#include "companion/PathText.h"
+#include "companion/conversation/MessageText.h"
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/UserDirectories.h"
@@ -55,6 +56,20 @@ Result<std::string> keepMessage(const std::string &message) {
     return Result<std::string>::failure(outcome.reason());
   }
   return path;
+}
+
+std::string noteOfKeptMessage(const std::string &message) {
+  const Result<std::string> path = keepMessage(message);
+  return path ? "; the message is kept in " + displayedPath(*path)
+              : "; the message could not be kept (" + path.reason() +
+                    "); it is: " + oneLine(message);
+}
+
+Result<std::optional<std::string>> messageOrKeptText(const std::string &text) {
+  Result<std::optional<std::string>> message = messageOfText(text);
+  return message ? message
+                 : Result<std::optional<std::string>>::failure(message.reason() +
+                                                               noteOfKeptMessage(text));
 }
 
 }  // namespace companion

@@ -1,4 +1,4 @@
-#include "companion/list/ReachFailure.h"
+#include "companion/badges/ReachFailure.h"
 
 namespace companion {
 

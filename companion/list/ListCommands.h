@@ -1,14 +1,12 @@
-// What the program can do. Each command prints its results to `output`, everything else to standard
-// error, and returns how it went.
+// The commands on the list of working copies. Each prints its results to `output`, everything else
+// to standard error, and returns how it went.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "companion/ExitStatus.h"
-#include "companion/Options.h"
 #include "companion/Output.h"
-#include "companion/open/CommandHandlers.h"
 
 namespace companion {
 
@@ -22,16 +20,7 @@ ExitStatus removeWorkingCopies(const std::vector<std::string> &paths, Output &ou
 // Prints where the listed working copies are.
 ExitStatus listWorkingCopies(Output &output);
 
-// Prints the badges that the running extension gives.
-ExitStatus printBadges(const Options &options, Output &output);
-
-// Prints badges when they change, until the program is interrupted or its reader goes away.
-ExitStatus watchBadges(const Options &options, Output &output);
-
 // Answers the extension's request for fresh bookmarks, if there is one.
 ExitStatus recoverWorkingCopies(Output &output);
-
-// Takes the command that the URL names from the extension and has it carried out, once.
-ExitStatus openCommand(const Options &options, const CommandHandlers &handlers, Output &output);
 
 }  // namespace companion

@@ -1,0 +1,23 @@
+// A commit message that could not be used must not be lost: its writer wants it again. Blocking.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/Result.h"
+
+namespace companion {
+
+// Writes the message into a new file "commit-message-<date>.txt" in "halvern" in the user's
+// directory for state, readable by the user alone. Returns the file's path.
+platform::Result<std::string> keepMessage(const std::string &message);
+
+// Keeps the message and returns the end of a sentence that says where, such as "; the message is
+// kept in PATH". Where it cannot be kept, the message itself is that end.
+std::string noteOfKeptMessage(const std::string &message);
+
+// The message in a text that the user wrote (MessageText). A text that holds none that can be used
+// is kept, and the failure says where.
+platform::Result<std::optional<std::string>> messageOrKeptText(const std::string &text);
+
+}  // namespace companion
