@@ -48,7 +48,7 @@ bool isServiceThere(GDBusConnection *bus) {
 std::string bodyOf(const DesktopNotification &notification) {
   std::string body;
   for (const std::string &line : notification.lines) {
-    body += (body.empty() ? "" : "\n") + notificationMarkup(shortenedLine(validText(line)));
+    body += (body.empty() ? "" : "\n") + notificationMarkup(line);
   }
   return body;
 }
