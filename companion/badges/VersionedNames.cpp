@@ -33,7 +33,7 @@ std::optional<std::string> visitVersionedPaths(const std::string &folder,
       error->apr_err == SVN_ERR_WC_PATH_NOT_FOUND) {
     return std::nullopt;
   }
-  return messageOf(error);
+  return messageOf(*error);
 }
 
 }  // namespace companion

@@ -7,7 +7,6 @@
 namespace companion {
 
 using platform::ErrorHandle;
-using platform::Handle;
 using platform::ObjectHandle;
 using platform::VariantHandle;
 
@@ -18,37 +17,10 @@ constexpr const char *servicePath = "/org/freedesktop/Notifications";
 
 constexpr std::chrono::seconds patience{5};  // as long as a person may take nothing for an answer
 
-// Null if the bus does not answer. Takes a floating `arguments`.
-VariantHandle askBus(GDBusConnection *bus, const char *method, GVariant *arguments) {
-  return VariantHandle(g_dbus_connection_call_sync(
-      bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-      arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-}
-
-// Whether anybody would answer. A call to nobody fails too, but only once the bus has looked
-// around.
-bool isServiceThere(GDBusConnection *bus) {
-  const VariantHandle hasOwner = askBus(bus, "NameHasOwner", g_variant_new("(s)", serviceName));
-  gboolean isOwned = FALSE;
-  if (hasOwner != nullptr) {
-    g_variant_get(hasOwner.get(), "(b)", &isOwned);
-  }
-  if (isOwned != FALSE) {
-    return true;
-  }
-  const VariantHandle reply = askBus(bus, "ListActivatableNames", nullptr);
-  if (reply == nullptr) {
-    return false;
-  }
-  const VariantHandle names(g_variant_get_child_value(reply.get(), 0));
-  const Handle<const char *, g_free> texts(g_variant_get_strv(names.get(), nullptr));
-  return g_strv_contains(texts.get(), serviceName) != FALSE;
-}
-
 std::string bodyOf(const DesktopNotification &notification) {
   std::string body;
   for (const std::string &line : notification.lines) {
-    body += (body.empty() ? "" : "\n") + notificationMarkup(shortenedLine(validText(line)));
+    body += (body.empty() ? "" : "\n") + notificationMarkup(line);
   }
   return body;
 }
@@ -56,7 +28,7 @@ std::string bodyOf(const DesktopNotification &notification) {
 bool notify(const DesktopNotification &notification) {
   ErrorHandle error;
   const ObjectHandle<GDBusConnection> bus = connectToSessionBus(error);
-  if (bus == nullptr || !isServiceThere(bus.get())) {
+  if (bus == nullptr) {
     return false;
   }
   GVariantBuilder hints;
@@ -64,6 +36,7 @@ bool notify(const DesktopNotification &notification) {
   g_variant_builder_add(&hints, "{sv}", "desktop-entry", g_variant_new_string("com.morvane.v3"));
   constexpr guint32 replacesNone = 0;
   constexpr gint32 expiresAsUsual = -1;
+  // Where nobody offers the service and nothing starts it, the bus says so at once.
   const VariantHandle reply(g_dbus_connection_call_sync(
       bus.get(), serviceName, servicePath, serviceName, "Notify",
       g_variant_new("(susssasa{sv}i)", "Halvern", replacesNone, "", notification.headline.c_str(),

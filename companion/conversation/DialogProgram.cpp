@@ -104,7 +104,7 @@ Result<Answer> run(const std::vector<std::string> &arguments, const std::string 
 std::string zenityText(const std::vector<std::string> &lines) {
   std::string text;
   for (const std::string &line : lines) {
-    text += (text.empty() ? "" : "\n") + dialogMarkup(shortenedLine(validText(line)));
+    text += (text.empty() ? "" : "\n") + dialogMarkup(line);
   }
   return text;
 }
@@ -113,7 +113,7 @@ std::string zenityText(const std::vector<std::string> &lines) {
 std::string kdialogText(const std::vector<std::string> &lines) {
   std::string text;
   for (const std::string &line : lines) {
-    text += (text.empty() ? "" : "<br/>") + dialogMarkup(shortenedLine(validText(line)));
+    text += (text.empty() ? "" : "<br/>") + dialogMarkup(line);
   }
   return "<qt>" + text + "</qt>";
 }

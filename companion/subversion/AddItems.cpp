@@ -82,14 +82,11 @@ class Addition {
 Report addItems(const std::vector<std::string> &paths, Conversation &conversation) {
   Report report;
   reportExceptions(report, [&] {
-    const auto session = ClientSession::open(conversation.hasTerminal());
-    if (!session) {
-      report.failures.push_back("nothing was added: " + session.reason());
-      return;
-    }
-    Addition addition(**session, conversation, report);
-    forEachItem(paths, **session, report,
-                [&addition](const std::string &path) { addition.addItem(path); });
+    withSession(conversation, "added", report, [&](ClientSession &session) {
+      Addition addition(session, conversation, report);
+      forEachItem(paths, session, report,
+                  [&addition](const std::string &path) { addition.addItem(path); });
+    });
   });
   return report;
 }

@@ -4,20 +4,15 @@
 
 #include "companion/subversion/AdministrativeDirectory.h"
 #include "companion/subversion/FailureReason.h"
-#include "companion/subversion/SubversionLibrary.h"
+#include "companion/subversion/WorkingCopyRoot.h"
 
 namespace companion {
 
 namespace {
 
 std::string reasonIfBusy(const std::string &folder) {
-  const SubversionPool pool;
-  svn_client_ctx_t *context = nullptr;
-  const char *root = nullptr;
-  SubversionError error = createClientContext(&context, pool);
-  if (error == nullptr) {
-    error.reset(svn_client_get_wc_root(&root, folder.c_str(), context, pool, pool));
-  }
+  std::string root;
+  const SubversionError error = findWorkingCopyRoot(folder, root);
   // Whatever else is wrong, the command itself finds it out.
   return error != nullptr && svn_error_find_cause(error.get(), SVN_ERR_SQLITE_BUSY) != nullptr
              ? reasonOf(error, folder)

@@ -5,7 +5,6 @@
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/CommitProposal.h"
 #include "companion/subversion/CommitRun.h"
-#include "companion/subversion/FailureReason.h"
 #include "companion/subversion/SelectedItems.h"
 #include "companion/subversion/WorkingCopyCommands.h"
 
@@ -14,17 +13,6 @@ namespace companion {
 using platform::Result;
 
 namespace {
-
-// Runs one half of the command: before the user is asked, or after. Returns why it could not.
-std::string withSession(Conversation &conversation,
-                        const std::function<void(ClientSession &)> &work) {
-  const auto session = ClientSession::open(conversation.hasTerminal());
-  if (!session) {
-    return session.reason();
-  }
-  work(**session);
-  return "";
-}
 
 // Keeps the message once, however many commits fail. Returns the end of a sentence about it.
 class MessageKeeper {
@@ -62,13 +50,13 @@ void commit(const CommitProposal &proposal, const std::string &message, ClientSe
 void commitAll(const std::vector<CommitProposal> &proposals, const std::string &message,
                Conversation &conversation, Report &report) {
   MessageKeeper keeper(message);
-  const std::string reason = withSession(conversation, [&](ClientSession &session) {
+  const bool isDone = withSession(conversation, "committed", report, [&](ClientSession &session) {
     for (const CommitProposal &proposal : proposals) {
       commit(proposal, message, session, conversation, keeper, report);
     }
   });
-  if (!reason.empty()) {
-    report.failures.push_back("nothing was committed: " + reason + keeper.keep());
+  if (!isDone) {
+    report.failures.back() += keeper.keep();
   }
 }
 
@@ -78,15 +66,12 @@ Report commitItems(const std::vector<std::string> &paths, Conversation &conversa
   Report report;
   reportExceptions(report, [&] {
     std::vector<CommitProposal> proposals;
-    const std::string reason = withSession(conversation, [&](ClientSession &session) {
+    withSession(conversation, "committed", report, [&](ClientSession &session) {
       proposals = commitProposals(paths, session, report);
       if (session.isInterrupted()) {
         proposals.clear();
       }
     });
-    if (!reason.empty()) {
-      report.failures.push_back("nothing was committed: " + reason);
-    }
     if (proposals.empty()) {
       return;
     }

@@ -1,7 +1,6 @@
 #include "companion/subversion/FailureReason.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <initializer_list>
 
 #include <svn_error_codes.h>
@@ -35,14 +34,11 @@ std::string wordsOf(const SubversionError &error) {
   std::string words;
   for (const svn_error_t *link = svn_error_purge_tracing(error.get()); link != nullptr;
        link = link->child) {
-    char buffer[1024];
-    const std::string message = oneLine(svn_err_best_message(link, buffer, sizeof buffer));
+    const std::string message = oneLine(messageOf(*link));
     if (link->child != nullptr && message.ends_with("(details follow):")) {
       continue;
     }
-    char number[16];
-    std::snprintf(number, sizeof number, "E%06d: ", link->apr_err);
-    words += (words.empty() ? "" : "; ") + (number + message);
+    words += (words.empty() ? "" : "; ") + message;
   }
   return words;
 }
@@ -59,7 +55,7 @@ std::string reasonOf(const SubversionError &error, const std::string &path) {
            upgradeCommand(path);
   }
   if (isCausedBy(error, {SVN_ERR_WC_UNSUPPORTED_FORMAT})) {
-    return "a working copy that was made by a newer Subversion (" + messageOf(error) + ")";
+    return "a working copy that was made by a newer Subversion (" + messageOf(*error) + ")";
   }
   if (isCausedBy(error, {SVN_ERR_WC_LOCKED})) {
     return "the working copy is locked; if no other program is at work in it, run: " +

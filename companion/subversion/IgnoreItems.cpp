@@ -156,14 +156,11 @@ void ignoreItem(const std::string &path, ClientSession &session, Folders &folder
 Report ignoreItems(const std::vector<std::string> &paths, Conversation &conversation) {
   Report report;
   reportExceptions(report, [&] {
-    const auto session = ClientSession::open(conversation.hasTerminal());
-    if (!session) {
-      report.failures.push_back("nothing was ignored: " + session.reason());
-      return;
-    }
-    Folders folders(**session);
-    forEachItem(paths, **session, report,
-                [&](const std::string &path) { ignoreItem(path, **session, folders, report); });
+    withSession(conversation, "ignored", report, [&](ClientSession &session) {
+      Folders folders(session);
+      forEachItem(paths, session, report,
+                  [&](const std::string &path) { ignoreItem(path, session, folders, report); });
+    });
   });
   return report;
 }

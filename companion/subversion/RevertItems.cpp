@@ -108,24 +108,13 @@ class Reversion {
   std::vector<std::string> reverted_;
 };
 
-// Runs one half of the command: before the user is asked, or after.
-void withSession(Conversation &conversation, Report &report,
-                 const std::function<void(ClientSession &)> &work) {
-  const auto session = ClientSession::open(conversation.hasTerminal());
-  if (session) {
-    work(**session);
-  } else {
-    report.failures.push_back("nothing was reverted: " + session.reason());
-  }
-}
-
 }  // namespace
 
 Report revertItems(const std::vector<std::string> &paths, Conversation &conversation) {
   Report report;
   reportExceptions(report, [&] {
     Proposal proposal;
-    withSession(conversation, report, [&](ClientSession &session) {
+    withSession(conversation, "reverted", report, [&](ClientSession &session) {
       forEachItem(paths, session, report,
                   [&](const std::string &path) { propose(path, session, proposal, report); });
     });
@@ -139,7 +128,7 @@ Report revertItems(const std::vector<std::string> &paths, Conversation &conversa
     } else if (!*isAgreed) {
       report.done.emplace_back("nothing was reverted");
     } else {
-      withSession(conversation, report, [&](ClientSession &session) {
+      withSession(conversation, "reverted", report, [&](ClientSession &session) {
         Reversion reversion(proposal, session, conversation, report);
         forEachItem(proposal.paths, session, report,
                     [&reversion](const std::string &path) { reversion.revertItem(path); });

@@ -68,6 +68,17 @@ void forEachItem(const std::vector<std::string> &paths, const ClientSession &ses
   }
 }
 
+bool withSession(Conversation &conversation, const std::string &participle, Report &report,
+                 const std::function<void(ClientSession &session)> &work) {
+  const auto session = ClientSession::open(conversation.hasTerminal());
+  if (!session) {
+    report.failures.push_back("nothing was " + participle + ": " + session.reason());
+    return false;
+  }
+  work(**session);
+  return true;
+}
+
 void reportExceptions(Report &report, const std::function<void()> &work) {
   try {
     work();

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "companion/conversation/Conversation.h"
 #include "companion/conversation/Report.h"
 #include "companion/subversion/ClientSession.h"
 
@@ -16,6 +17,12 @@ namespace companion {
 // does not keep the others from being done.
 void forEachItem(const std::vector<std::string> &paths, const ClientSession &session,
                  Report &report, const std::function<void(const std::string &path)> &work);
+
+// Runs a part of a command in a session of its own: all of it, or what comes before a question to
+// the user, or after it. False where there can be no session; then the last failure of the report
+// says that nothing was `participle`, such as "added".
+bool withSession(Conversation &conversation, const std::string &participle, Report &report,
+                 const std::function<void(ClientSession &session)> &work);
 
 // Runs a part of a command; what it throws becomes a failure.
 void reportExceptions(Report &report, const std::function<void()> &work);

@@ -25,11 +25,11 @@ void initializeSubversion() {
   svn_error_set_malfunction_handler(svn_error_raise_on_malfunction);
 }
 
-std::string messageOf(const SubversionError &error) {
+std::string messageOf(const svn_error_t &error) {
   char buffer[1024];
   char number[16];
-  std::snprintf(number, sizeof number, "E%06d: ", error->apr_err);
-  return number + std::string(svn_err_best_message(error.get(), buffer, sizeof buffer));
+  std::snprintf(number, sizeof number, "E%06d: ", error.apr_err);
+  return number + std::string(svn_err_best_message(&error, buffer, sizeof buffer));
 }
 
 SubversionError createClientContext(svn_client_ctx_t **context, const SubversionPool &pool) {

@@ -32,8 +32,8 @@ struct ClearSubversionError {
 };
 using SubversionError = std::unique_ptr<svn_error_t, ClearSubversionError>;
 
-// The library's own words, with its number of the error.
-std::string messageOf(const SubversionError &error);
+// The library's own words for this error alone, with its number: "E155011: …".
+std::string messageOf(const svn_error_t &error);
 
 // A client that knows no configuration: nothing that this program asks depends on one.
 SubversionError createClientContext(svn_client_ctx_t **context, const SubversionPool &pool);

@@ -180,14 +180,11 @@ class Update {
 Report updateItems(const std::vector<std::string> &paths, Conversation &conversation) {
   Report report;
   reportExceptions(report, [&] {
-    const auto session = ClientSession::open(conversation.hasTerminal());
-    if (!session) {
-      report.failures.push_back("nothing was updated: " + session.reason());
-      return;
-    }
-    Update update(**session, conversation, report);
-    forEachItem(paths, **session, report,
-                [&update](const std::string &path) { update.updateItem(path); });
+    withSession(conversation, "updated", report, [&](ClientSession &session) {
+      Update update(session, conversation, report);
+      forEachItem(paths, session, report,
+                  [&update](const std::string &path) { update.updateItem(path); });
+    });
   });
   return report;
 }

@@ -341,6 +341,17 @@ TEST_F(CommitItems, KeepsTheMessageWhenThereIsNothingToCommitAnyMore) {
   expectKept(commitItems({wc.path()}, conversation), "there is nothing to commit any more");
 }
 
+TEST_F(CommitItems, KeepsTheMessageWhenTheConfigurationHasBeenBrokenMeanwhile) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  conversation.whileAsking = [this] { configure("[global\n"); };
+  const companion::Report report = commitItems({wc.path()}, conversation);
+  EXPECT_THAT(report.done, IsEmpty());
+  ASSERT_THAT(keptFiles(), SizeIs(1));
+  EXPECT_THAT(report.failures,
+              ElementsAre(AllOf(StartsWith("nothing was committed: Subversion's configuration"),
+                                EndsWith("; the message is kept in " + keptFiles()[0]))));
+}
+
 TEST_F(CommitItems, TellsTheMessageWhereItCannotBeKept) {
   writeFile(directory / "state", "in the way");
   writeFile(wc / "docs/readme.txt", "two\n");

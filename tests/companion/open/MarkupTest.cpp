@@ -26,6 +26,11 @@ TEST(Markup, ALongLineIsCutBetweenCharacters) {
     }
     return text;
   }();
-  EXPECT_EQ(shortenedLine(umlauts), umlauts);
-  EXPECT_EQ(shortenedLine(umlauts + "x"), umlauts + "…");
+  EXPECT_EQ(notificationMarkup(umlauts), umlauts);
+  EXPECT_EQ(notificationMarkup(umlauts + "x"), umlauts + "…");
+  EXPECT_EQ(dialogMarkup(umlauts + "x"), umlauts + "…");
+}
+
+TEST(Markup, ALongLineIsCutBeforeItsCharactersBecomeEntities) {
+  EXPECT_TRUE(notificationMarkup(std::string(301, '<')).ends_with("&lt;&lt;…"));
 }
