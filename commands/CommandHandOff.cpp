@@ -14,7 +14,7 @@ using platform::FileURL;
 // The extension's bundle lies in the application's: Application.app/Contents/PlugIns/ holds it.
 constexpr int levelsBelowApplication = 3;
 
-// A command that was not taken for so long is not taken any more.
+// Nobody waits for a command any more that was not taken for so long.
 constexpr std::chrono::hours greatestCommandAge{1};
 
 // A menu's action waits for the sweep, so a directory with very many entries must not hold it up:

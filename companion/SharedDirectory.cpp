@@ -13,8 +13,9 @@ Result<FileURL> sharedDirectoryURL() {
   std::optional<FileURL> directory = platform::sharedDirectoryURL(fileManager);
   if (!directory) {
     return Result<FileURL>::failure(
-        "there is no place for the list of working copies: neither XDG_DATA_HOME nor HOME is an "
-        "absolute path");
+        "there is no place for what is shared with the extension: neither XDG_DATA_HOME nor HOME "
+        "is "
+        "an absolute path");
   }
   return *std::move(directory);
 }

@@ -16,10 +16,9 @@ struct CommandRequest {
   std::vector<std::string> paths;  // absolute and standardised, never empty, in the user's order
 };
 
-// In bytes of a property list. The extension takes 100,000 items in 16 MiB; around each path XML
-// adds some 20 bytes, and it writes "&" as five. So this holds every selection but one of which
-// nearly three quarters are "&". platform/linux/AtomicFile has the same limit.
-constexpr std::size_t largestCommandSize = 64 << 20;
+// In bytes of a property list. The extension takes 100,000 items in 16 MiB; XML adds some 20 bytes
+// to each path and writes "&" as five. So this holds every command that it can write.
+constexpr std::size_t largestCommandSize = 96 << 20;
 
 // Fails with a sentence that says what is wrong.
 platform::Result<CommandRequest> requestFromDictionary(const platform::Dictionary &dictionary);

@@ -114,9 +114,9 @@ TEST(CommandRequest, RefusesWhatIsNoPropertyListOrTooLarge) {
   EXPECT_EQ(requestFromPropertyList("<plist><array/></plist>").reason(),
             "the command cannot be carried out: The property list's top level is not a dictionary");
   std::string large = platform::xmlPropertyList(command()).value();
-  large.resize((64 << 20) + 1, ' ');
+  large.resize((96 << 20) + 1, ' ');
   EXPECT_EQ(requestFromPropertyList(large).reason(),
-            "the command cannot be carried out: it is larger than 64 MiB");
+            "the command cannot be carried out: it is larger than 96 MiB");
   large.pop_back();
   EXPECT_TRUE(requestFromPropertyList(large));
 }

@@ -72,7 +72,7 @@ TEST_F(OpenCommand, RemovesAFileOfItsOwnThatMakesNoSense) {
       {session.leave("add", {"wc/a"}), "one of its paths is not absolute: wc/a"},
       {session.leave(Dictionary{{"action", "add"}, {"paths", Array{"/wc/a"}}}),
        "it has no \"date\""},
-      {session.leaveBytes(std::string((64 << 20) + 1, ' ')), "it is larger than 64 MiB"}};
+      {session.leaveBytes(std::string((96 << 20) + 1, ' ')), "it is larger than 96 MiB"}};
   for (const auto &[url, reason] : commands) {
     const CommandResult result = session.open(url);
     EXPECT_EQ(result.status, 1);
