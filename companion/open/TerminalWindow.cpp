@@ -42,6 +42,7 @@ constexpr std::array<TerminalEmulator, 7> terminalEmulators = {{
 
 Result<CommandLine> terminalWindowCommand(const CommandLine &command) {
   std::vector<std::string> names;
+  names.reserve(terminalEmulators.size());
   for (const TerminalEmulator &emulator : terminalEmulators) {
     names.emplace_back(emulator.name);
   }
