@@ -1,3 +1,4 @@
+// Talking with the user on the desktop.
 #pragma once
 
 #include <string>

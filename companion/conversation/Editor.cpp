@@ -3,9 +3,10 @@
 #include <filesystem>
 
 #include "companion/PathText.h"
-#include "companion/conversation/ForegroundProgram.h"
 #include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/MessageText.h"
+#include "companion/programs/FirstProgram.h"
+#include "companion/programs/ForegroundProgram.h"
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/GLibHandles.h"
 
@@ -51,10 +52,8 @@ Result<std::vector<std::string>> editorCommand(const std::string &file) {
           "/bin/sh", "-c", "trap : INT QUIT; " + std::string(value) + " \"$@\"", value, file};
     }
   }
-  for (const char *name : {"editor", "sensible-editor", "nano", "vi"}) {
-    if (const StringHandle path(g_find_program_in_path(name)); path != nullptr) {
-      return std::vector<std::string>{path.get(), file};
-    }
+  if (const auto program = firstProgramOf({"editor", "sensible-editor", "nano", "vi"})) {
+    return std::vector<std::string>{program->path, file};
   }
   return Result<std::vector<std::string>>::failure(
       "there is no editor for the message; EDITOR may name one");

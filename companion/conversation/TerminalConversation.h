@@ -1,3 +1,4 @@
+// Talking with the user in a terminal.
 #pragma once
 
 #include "companion/Output.h"

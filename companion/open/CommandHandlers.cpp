@@ -5,6 +5,14 @@
 
 namespace companion {
 
+namespace {
+
+Report refuse(const std::vector<std::string> & /*paths*/, Conversation & /*conversation*/) {
+  return {{}, {"the command cannot be carried out: its action is unknown"}};
+}
+
+}  // namespace
+
 CommandHandler handlerOfAction(CommandAction action) {
   switch (action) {
     case CommandAction::reveal:
@@ -20,7 +28,7 @@ CommandHandler handlerOfAction(CommandAction action) {
     case CommandAction::revert:
       return revertItems;
   }
-  return revealItems;
+  return refuse;
 }
 
 }  // namespace companion

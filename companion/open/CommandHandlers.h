@@ -1,7 +1,6 @@
 // Who carries out which command.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,9 +10,10 @@
 
 namespace companion {
 
-using CommandHandler =
-    std::function<Report(const std::vector<std::string> &paths, Conversation &conversation)>;
-using CommandHandlers = std::function<CommandHandler(CommandAction action)>;
+using CommandHandler = Report (*)(const std::vector<std::string> &paths,
+                                  Conversation &conversation);
+using CommandHandlers =
+    CommandHandler (*)(CommandAction action);  // never null, nor is what it gives
 
 CommandHandler handlerOfAction(CommandAction action);
 

@@ -69,7 +69,7 @@ ExitStatus leaveToWindow(const CommandLine &window, const CommandFile &file,
 
 // What cannot be asked, for want of a terminal, a display and a program to ask with, is taken too,
 // and reported: a command that was left would be carried out when nobody expects it any more.
-ExitStatus takeCommand(const Options &options, const CommandHandlers &handlers, Output &output) {
+ExitStatus takeCommand(const Options &options, CommandHandlers handlers, Output &output) {
   const Result<std::string> identifier = identifierOfCommandURL(options.url);
   if (!identifier) {
     failToOpen(identifier.reason(), output);
@@ -113,7 +113,7 @@ ExitStatus takeCommand(const Options &options, const CommandHandlers &handlers, 
 
 }  // namespace
 
-ExitStatus openCommand(const Options &options, const CommandHandlers &handlers, Output &output) {
+ExitStatus openCommand(const Options &options, CommandHandlers handlers, Output &output) {
   const ExitStatus status = takeCommand(options, handlers, output);
   if (options.isInTerminalWindow && TerminalConversation::isPossible()) {
     output.write("Press Enter to close this window. ");

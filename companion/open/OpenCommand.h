@@ -10,6 +10,6 @@ namespace companion {
 
 // Takes the command that the URL names from the extension and has it carried out, once. What comes
 // of it is told in a conversation and on the standard streams.
-ExitStatus openCommand(const Options &options, const CommandHandlers &handlers, Output &output);
+ExitStatus openCommand(const Options &options, CommandHandlers handlers, Output &output);
 
 }  // namespace companion

@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include "companion/PathText.h"
+#include "companion/programs/FirstProgram.h"
+#include "companion/programs/ProgramArguments.h"
+#include "companion/programs/ProgramEnd.h"
 #include "platform/linux/GLibHandles.h"
 
 namespace companion {
@@ -14,7 +17,6 @@ using platform::ErrorOut;
 using platform::ObjectHandle;
 using platform::Outcome;
 using platform::Result;
-using platform::StringHandle;
 using CommandLine = std::vector<std::string>;
 
 namespace {
@@ -39,19 +41,21 @@ constexpr std::array<TerminalEmulator, 7> terminalEmulators = {{
 }  // namespace
 
 Result<CommandLine> terminalWindowCommand(const CommandLine &command) {
+  std::vector<std::string> names;
+  names.reserve(terminalEmulators.size());
   for (const TerminalEmulator &emulator : terminalEmulators) {
-    const StringHandle path(g_find_program_in_path(emulator.name));
-    if (path == nullptr) {
-      continue;
-    }
-    CommandLine line = {path.get()};
-    if (emulator.option != nullptr) {
-      line.emplace_back(emulator.option);
-    }
-    line.insert(line.end(), command.begin(), command.end());
-    return line;
+    names.emplace_back(emulator.name);
   }
-  return Result<CommandLine>::failure("there is no program that opens a terminal window");
+  const std::optional<FoundProgram> program = firstProgramOf(names);
+  if (!program) {
+    return Result<CommandLine>::failure("there is no program that opens a terminal window");
+  }
+  CommandLine line = {program->path};
+  if (const char *option = terminalEmulators[program->index].option) {
+    line.emplace_back(option);
+  }
+  line.insert(line.end(), command.begin(), command.end());
+  return line;
 }
 
 Result<std::string> ownProgram() {
@@ -61,8 +65,8 @@ Result<std::string> ownProgram() {
   if (!error && access(path.c_str(), X_OK) == 0) {
     return path;
   }
-  if (const StringHandle found(g_find_program_in_path("halvern")); found != nullptr) {
-    return std::string(found.get());
+  if (const std::optional<FoundProgram> found = firstProgramOf({"halvern"})) {
+    return found->path;
   }
   return Result<std::string>::failure("this program is not where it was started from");
 }
@@ -72,20 +76,17 @@ Outcome runWindow(const CommandLine &commandLine) {
     return Outcome::failure("no terminal window: " + displayedPath(commandLine.front()) + ": " +
                             reason);
   };
-  std::vector<const char *> argv;
-  argv.reserve(commandLine.size() + 1);
-  for (const std::string &argument : commandLine) {
-    argv.push_back(argument.c_str());
-  }
-  argv.push_back(nullptr);
   ErrorHandle error;
-  const ObjectHandle<GSubprocess> process(
-      g_subprocess_newv(argv.data(), G_SUBPROCESS_FLAGS_NONE, ErrorOut(error)));
-  if (process == nullptr ||
-      g_subprocess_wait_check(process.get(), nullptr, ErrorOut(error)) == FALSE) {
+  const ObjectHandle<GSubprocess> process(g_subprocess_newv(
+      argumentPointers(commandLine).data(), G_SUBPROCESS_FLAGS_NONE, ErrorOut(error)));
+  if (process == nullptr || g_subprocess_wait(process.get(), nullptr, ErrorOut(error)) == FALSE) {
     return failure(error->message);
   }
-  return platform::Done();
+  if (g_subprocess_get_if_exited(process.get()) == FALSE) {
+    return failure(endedBySignal(g_subprocess_get_term_sig(process.get())));
+  }
+  const int status = g_subprocess_get_exit_status(process.get());
+  return status == 0 ? Outcome(platform::Done()) : failure(endedWithStatus(status));
 }
 
 }  // namespace companion

@@ -92,7 +92,7 @@ class Folders {
     std::set<std::string> paths;
     const Result<ItemStatus> itself = statusOfItem(folder, session_);
     if (!itself) {
-      return Result<std::set<std::string>>::failure("its folder is " + itself.reason());
+      return Result<std::set<std::string>>::failure("its folder: " + itself.reason());
     }
     if (!itself->isVersioned) {
       return paths;
@@ -116,7 +116,8 @@ class Folders {
 // A symbolic link to a working copy is an item like any other.
 bool isWorkingCopyRoot(const std::string &path) {
   const Result<std::string> root = workingCopyRootOfPath(path);
-  return root && *root == path && !std::filesystem::is_symlink(path);
+  std::error_code error;  // what cannot be looked at counts as no link
+  return root && *root == path && !std::filesystem::is_symlink(path, error);
 }
 
 void ignoreItem(const std::string &path, ClientSession &session, Folders &folders, Report &report) {

@@ -2,6 +2,9 @@
 // and standardised, in the user's order; a name that contains "@" or begins with "-" is a name like
 // any other. Each path is dealt with by itself: what one fails of does not keep the others from
 // being done.
+//
+// On the main thread, one at a time, after initializeSubversion(). They block until everything is
+// done, which may be minutes; an interruption ends them sooner.
 #pragma once
 
 #include <string>

@@ -118,7 +118,7 @@ TEST_F(IgnoreItems, OneThatFailsDoesNotKeepTheOthersFromBeingDone) {
       ignoreItems({directory / "elsewhere.txt", wc / "none.txt", wc / "\xff", wc / "good.log"},
                   conversation),
       {"ignored " + wc / "good.log"},
-      {directory / "elsewhere.txt" + ": its folder is not a Subversion working copy",
+      {directory / "elsewhere.txt" + ": its folder: not a Subversion working copy",
        wc / "none.txt" + ": there is no such item",
        wc / "\xff" + ": its name is not valid UTF-8, and Subversion accepts no other names"});
 }

@@ -86,8 +86,8 @@ TEST_F(TerminalWindow, ThatCannotBeOpenedIsReportedAndTheCommandGivenUp) {
   const std::string url = session.leave("revert", {"/wc/a"});
   const CommandResult result = session.open(url);
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "halvern: no terminal window: " + session / "bin/xterm" +
-                               ": Child process exited with code 7\n");
+  EXPECT_EQ(result.errors,
+            "halvern: no terminal window: " + session / "bin/xterm" + ": it ended with status 7\n");
   EXPECT_FALSE(session.isLeft(url));
 }
 

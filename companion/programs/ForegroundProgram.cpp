@@ -1,4 +1,4 @@
-#include "companion/conversation/ForegroundProgram.h"
+#include "companion/programs/ForegroundProgram.h"
 
 #include <array>
 #include <cerrno>
@@ -8,6 +8,9 @@
 #include <unistd.h>
 
 #include <glib.h>
+
+#include "companion/programs/ProgramArguments.h"
+#include "companion/programs/ProgramEnd.h"
 
 namespace companion {
 
@@ -66,17 +69,12 @@ class SpawnAttributes {
 }  // namespace
 
 Outcome runInForeground(const std::vector<std::string> &arguments) {
-  std::vector<char *> argv;
-  argv.reserve(arguments.size() + 1);
-  for (const std::string &argument : arguments) {
-    argv.push_back(const_cast<char *>(argument.c_str()));  // which C does not say it leaves alone
-  }
-  argv.push_back(nullptr);
-
+  const std::vector<const char *> pointers = argumentPointers(arguments);
+  auto *const argv = const_cast<char *const *>(pointers.data());  // C does not say it only reads
   const IgnoredInterruptions ignored;
   pid_t process = 0;
   const int error = posix_spawnp(&process, arguments.front().c_str(), nullptr,
-                                 SpawnAttributes().get(), argv.data(), environ);
+                                 SpawnAttributes().get(), argv, environ);
   if (error != 0) {
     return Outcome::failure(g_strerror(error));
   }
@@ -87,10 +85,10 @@ Outcome runInForeground(const std::vector<std::string> &arguments) {
     }
   }
   if (WIFSIGNALED(status)) {
-    return Outcome::failure("it was ended by signal " + std::to_string(WTERMSIG(status)));
+    return Outcome::failure(endedBySignal(WTERMSIG(status)));
   }
   if (WEXITSTATUS(status) != 0) {
-    return Outcome::failure("it ended with status " + std::to_string(WEXITSTATUS(status)));
+    return Outcome::failure(endedWithStatus(WEXITSTATUS(status)));
   }
   return platform::Done();
 }
