@@ -1,12 +1,19 @@
+#include <functional>
+#include <map>
 #include <set>
+#include <string_view>
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/FailureReason.h"
 #include "companion/subversion/ItemStatus.h"
 #include "companion/subversion/PathArray.h"
+#include "companion/subversion/RevertHazards.h"
 #include "companion/subversion/SelectedItems.h"
 #include "companion/subversion/WorkingCopyCommands.h"
+#include "companion/subversion/WorkingCopyRoot.h"
+#include "platform/Paths.h"
 
 namespace companion {
 
@@ -14,17 +21,40 @@ using platform::Result;
 
 namespace {
 
+// A local change as it was shown to the user.
+struct ShownChange {
+  std::string words;
+  EntryState entry;
+
+  bool operator==(const ShownChange &) const = default;
+};
+
+ShownChange shown(const ItemStatus &change) {
+  return {std::string(change.change()), entryState(change.path)};
+}
+
 // What the user is asked about.
 struct Proposal {
-  std::vector<std::string> paths;  // the selected items in which there is something to revert
+  std::vector<std::string> paths;            // the selected items that can be reverted
+  std::map<std::string, std::string> roots;  // of the working copies in which they lie
   std::vector<std::string> lines;
-  std::set<std::string> changed;
+  std::map<std::string, ShownChange> changes;  // by path
 };
+
+// Fails also if the item must not be reverted.
+Result<std::vector<ItemStatus>> revertibleChanges(const std::string &path, ClientSession &session) {
+  Result<std::vector<ItemStatus>> changes = changesOfItem(path, session);
+  const std::string reason = changes ? reasonAgainstRevert(*changes, session) : "";
+  return reason.empty() ? changes : Result<std::vector<ItemStatus>>::failure(reason);
+}
 
 void propose(const std::string &path, ClientSession &session, Proposal &proposal, Report &report) {
   const Result<ItemStatus> item = statusOfVersionedItem(path, session);
+  const Result<std::string> root =
+      item ? workingCopyRootOfPath(path) : Result<std::string>::failure(item.reason());
   const Result<std::vector<ItemStatus>> changes =
-      item ? changesOfItem(path, session) : Result<std::vector<ItemStatus>>::failure(item.reason());
+      root ? revertibleChanges(path, session)
+           : Result<std::vector<ItemStatus>>::failure(root.reason());
   if (!changes) {
     addFailure(report, path, changes.reason());
     return;
@@ -34,8 +64,9 @@ void propose(const std::string &path, ClientSession &session, Proposal &proposal
     return;
   }
   proposal.paths.push_back(path);
+  proposal.roots.emplace(path, *root);
   for (const ItemStatus &change : *changes) {
-    if (proposal.changed.insert(change.path).second) {
+    if (proposal.changes.emplace(change.path, shown(change)).second) {
       proposal.lines.push_back(change.line());
     }
   }
@@ -48,31 +79,52 @@ class Reversion {
       : proposal_(proposal), session_(session), conversation_(conversation), report_(report) {}
 
   void revertItem(const std::string &path) {
-    // With the folder above it.
-    if (isBelowOneOf(path, reverted_)) {
+    if (wasRevertedWithAFolder(path)) {
       tellReverted(path);
       return;
     }
-    const Result<std::vector<ItemStatus>> changes = changesOfItem(path, session_);
-    if (!changes) {
-      addFailure(report_, path, changes.reason());
-      return;
-    }
-    for (const ItemStatus &change : *changes) {
-      if (!proposal_.changed.contains(change.path)) {
-        addFailure(report_, path,
-                   "nothing of it was reverted, because more was changed in it meanwhile: " +
-                       displayedPath(change.path));
-        return;
-      }
-    }
-    if (run(path)) {
-      reverted_.push_back(path);
+    const Result<std::vector<ItemStatus>> changes = revertibleChanges(path, session_);
+    const std::string reason = changes ? reasonAgainst(path, *changes) : changes.reason();
+    if (!reason.empty()) {
+      addFailure(report_, path, reason);
+    } else if (run(path)) {
+      reverted_.insert(path);
       tellReverted(path);
     }
   }
 
  private:
+  // With one above it; but working copies that lie in a folder stay as they are.
+  bool wasRevertedWithAFolder(const std::string &path) const {
+    const std::string &root = proposal_.roots.at(path);
+    for (std::string_view folder = path; folder.size() > root.size();) {
+      folder = platform::parentOfPath(folder);
+      if (const auto place = reverted_.find(folder); place != reverted_.end()) {
+        return proposal_.roots.at(*place) == root;
+      }
+    }
+    return false;
+  }
+
+  // Why the item must not be reverted, after what happened while the user was asked; empty if it
+  // may be.
+  std::string reasonAgainst(const std::string &path, const std::vector<ItemStatus> &changes) const {
+    for (const ItemStatus &change : changes) {
+      const auto place = proposal_.changes.find(change.path);
+      if (place == proposal_.changes.end()) {
+        return "nothing of it was reverted, because more was changed in it meanwhile: " +
+               displayedPath(change.path);
+      }
+      if (place->second != shown(change)) {
+        return change.path == path
+                   ? "nothing of it was reverted, because it has changed since you were asked"
+                   : "nothing of it was reverted, because this has changed since you were asked: " +
+                         displayedPath(change.path);
+      }
+    }
+    return "";
+  }
+
   bool run(const std::string &path) {
     const SubversionPool pool;
     bool isComplete = true;
@@ -105,7 +157,7 @@ class Reversion {
   ClientSession &session_;
   Conversation &conversation_;
   Report &report_;
-  std::vector<std::string> reverted_;
+  std::set<std::string, std::less<>> reverted_;
 };
 
 }  // namespace
