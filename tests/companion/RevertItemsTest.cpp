@@ -1,4 +1,5 @@
 // Reverting items, on real working copies.
+#include <csignal>
 #include <filesystem>
 
 #include "tests/companion/CommandFixture.h"
@@ -401,6 +402,51 @@ TEST_F(RevertItems, AChangedFileThatWasWrittenAgainWhileTheUserWasAskedStays) {
                {wc / "docs/readme.txt" +
                 ": nothing of it was reverted, because it has changed since you were asked"});
   EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "two and more\n");
+}
+
+TEST_F(RevertItems, AFolderThatAnotherProgramHasLockedDoesNotKeepTheOthersFromBeingReverted) {
+  wc.addFile("first/a.txt", "one\n");
+  wc.addFile("last/z.txt", "one\n");
+  wc.svn({"update", "--quiet"});
+  for (const char *name : {"first/a.txt", "docs/readme.txt", "last/z.txt"}) {
+    writeFile(wc / name, "two\n");
+  }
+  const LockingProgram program(directory, wc, "docs");
+  expectReport(
+      revertItems({wc / "first/a.txt", wc / "docs/readme.txt", wc / "last/z.txt"}, conversation),
+      {"reverted " + wc / "first/a.txt", "reverted " + wc / "last/z.txt"},
+      {wc / "docs/readme.txt" +
+       ": the working copy is locked; if no other program is at work in it, run: svn cleanup " +
+       wc.path()});
+  EXPECT_EQ(readFileForTest(wc / "first/a.txt"), "one\n");
+  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "two\n");
+  EXPECT_EQ(readFileForTest(wc / "last/z.txt"), "one\n");
+}
+
+TEST_F(RevertItems, AnInterruptionEndsTheRevertAndAllThatAreLeftAndNamesTheCure) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  writeFile(wc / "docs/more.txt", "two\n");
+  conversation.whileTelling = [] { std::raise(SIGINT); };
+  expectReport(
+      revertItems({wc / "docs/readme.txt", wc / "docs/more.txt"}, conversation), {},
+      {wc / "docs/readme.txt" +
+           ": interrupted; if the working copy stays locked, run: svn cleanup " + wc.path(),
+       wc / "docs/more.txt" + ": interrupted"});
+  EXPECT_EQ(readFileForTest(wc / "docs/more.txt"), "two\n");
+}
+
+TEST_F(RevertItems, ItemsOfSeveralWorkingCopiesAreEachReverted) {
+  const WorkingCopy other = wc.checkOutAgain("other");
+  writeFile(wc / "docs/readme.txt", "two\n");
+  writeFile(other / "docs/readme.txt", "two\n");
+  writeFile(wc / "docs/more.txt", "two\n");
+  const companion::Report report = revertItems(
+      {wc / "docs/readme.txt", other / "docs/readme.txt", wc / "docs/more.txt"}, conversation);
+  EXPECT_THAT(report.done, UnorderedElementsAre("reverted " + wc / "docs/readme.txt",
+                                                "reverted " + other / "docs/readme.txt",
+                                                "reverted " + wc / "docs/more.txt"));
+  EXPECT_THAT(report.failures, IsEmpty());
+  EXPECT_EQ(status() + other.svn({"status"}), "");
 }
 
 }  // namespace
