@@ -21,6 +21,7 @@ ItemStatus itemStatus(const char *path, const svn_client_status_t &status) {
   ItemStatus item;
   item.path = path;
   item.node = status.node_status;
+  item.isFolder = status.kind == svn_node_dir;
   item.hasChangedText = status.text_status == svn_wc_status_modified;
   item.isVersioned = status.versioned != FALSE;
   item.isConflicted = status.conflicted != FALSE;
@@ -76,11 +77,14 @@ std::string_view ItemStatus::change() const {
     case svn_wc_status_modified:
       return hasChangedText ? "modified" : "properties modified";
     case svn_wc_status_added:
-      return isCopied ? "copied" : "added";
+      if (!isCopied) {
+        return "added";
+      }
+      return hasChangedText ? "copied, modified" : "copied";
     case svn_wc_status_deleted:
       return "deleted";
     case svn_wc_status_replaced:
-      return "replaced";
+      return isCopied && hasChangedText ? "replaced, modified" : "replaced";
     case svn_wc_status_missing:
       return "missing";
     case svn_wc_status_obstructed:
@@ -133,6 +137,10 @@ Result<std::vector<ItemStatus>> changesOfItem(const std::string &path, ClientSes
     std::erase_if(*items, [](const ItemStatus &item) { return item.change().empty(); });
   }
   return items;
+}
+
+Result<std::vector<ItemStatus>> statusesBeneath(const std::string &folder, ClientSession &session) {
+  return statuses(folder, {svn_depth_infinity, /*reportsUnchanged=*/true}, session);
 }
 
 Result<std::vector<ItemStatus>> statusesInFolder(const std::string &folder,

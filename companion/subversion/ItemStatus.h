@@ -14,6 +14,7 @@ namespace companion {
 struct ItemStatus {
   std::string path;
   svn_wc_status_kind node = svn_wc_status_unversioned;
+  bool isFolder = false;  // as Subversion knows it, whatever is on disk
   bool hasChangedText = false;
   bool isVersioned = false;
   bool isConflicted = false;
@@ -24,7 +25,7 @@ struct ItemStatus {
   // Whether there is nothing of it in the repository yet.
   bool isNew() const { return isVersioned && (node == svn_wc_status_added || isCopied); }
 
-  // Its local change in one or two words; empty if it has none.
+  // Its local change in a few words; empty if it has none.
   std::string_view change() const;
 
   // Whether a commit would take its change as it is.
@@ -44,6 +45,11 @@ platform::Result<ItemStatus> statusOfVersionedItem(const std::string &path, Clie
 // All local changes of the item and beneath it; not those in other working copies that lie there.
 platform::Result<std::vector<ItemStatus>> changesOfItem(const std::string &path,
                                                         ClientSession &session);
+
+// All that is in the folder at any depth, changed or not, ignored or not, and the folder itself;
+// of what is not under version control only the topmost.
+platform::Result<std::vector<ItemStatus>> statusesBeneath(const std::string &folder,
+                                                          ClientSession &session);
 
 // All that is directly in the folder, and the folder itself.
 platform::Result<std::vector<ItemStatus>> statusesInFolder(const std::string &folder,

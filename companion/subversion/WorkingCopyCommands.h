@@ -26,6 +26,7 @@ Report addItems(const std::vector<std::string> &paths, Conversation &conversatio
 Report ignoreItems(const std::vector<std::string> &paths, Conversation &conversation);
 
 // Undoes the local changes of the items and of all that is beneath them, once the user has agreed.
+// An item stays as it is where that would take something that the user was not shown.
 Report revertItems(const std::vector<std::string> &paths, Conversation &conversation);
 
 // Commits the changes of the items and of all that is beneath them with a message that the user is

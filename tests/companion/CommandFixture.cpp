@@ -58,20 +58,22 @@ std::string editorThatWaitsFor(const std::string &end, const TemporaryDirectory 
   return path;
 }
 
-std::string somethingToCommit(const WorkingCopy &wc) {
-  writeFile(wc / "only for the lock", "");
-  wc.svn({"add", "--quiet", "only for the lock"});
-  return wc / "only for the lock";
+std::string somethingToCommit(const WorkingCopy &wc, const std::string &folder) {
+  const std::string name = folder + "/only for the lock";
+  writeFile(wc / name, "");
+  wc.svn({"add", "--quiet", name});
+  return wc / name;
 }
 
 }  // namespace
 
 // `svn commit` holds the lock while its user edits the message.
-LockingProgram::LockingProgram(const TemporaryDirectory &directory, const WorkingCopy &wc)
+LockingProgram::LockingProgram(const TemporaryDirectory &directory, const WorkingCopy &wc,
+                               const std::string &folder)
     : end_(newPipe(directory / "end")),
       program_({"svn", "commit", "--force-interactive", "--config-dir",
                 directory / "svn-configuration", "--editor-cmd",
-                editorThatWaitsFor(directory / "end", directory), somethingToCommit(wc)}) {
+                editorThatWaitsFor(directory / "end", directory), somethingToCommit(wc, folder)}) {
   EXPECT_EQ(program_.readLines(), "ready\n");
 }
 

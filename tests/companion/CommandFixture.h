@@ -44,10 +44,12 @@ class CommandFixture : public testing::Test {
   RecordingConversation conversation;
 };
 
-// Another program in the working copy, which holds its lock as long as the object lives.
+// Another program in the working copy, which holds its lock, or that of the folder in it, as long
+// as the object lives.
 class LockingProgram {
  public:
-  LockingProgram(const TemporaryDirectory &directory, const WorkingCopy &wc);
+  LockingProgram(const TemporaryDirectory &directory, const WorkingCopy &wc,
+                 const std::string &folder = ".");
   ~LockingProgram();
   LockingProgram(const LockingProgram &) = delete;
   LockingProgram &operator=(const LockingProgram &) = delete;
