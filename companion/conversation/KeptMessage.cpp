@@ -58,11 +58,18 @@ Result<std::string> keepMessage(const std::string &message) {
   return path;
 }
 
-std::string noteOfKeptMessage(const std::string &message) {
-  const Result<std::string> path = keepMessage(message);
+void discardKeptMessage(const std::string &path) {
+  unlink(path.c_str());
+}
+
+std::string noteOfKeeping(const Result<std::string> &path, const std::string &message) {
   return path ? "; the message is kept in " + displayedPath(*path)
               : "; the message could not be kept (" + path.reason() +
                     "); it is: " + oneLine(message);
+}
+
+std::string noteOfKeptMessage(const std::string &message) {
+  return noteOfKeeping(keepMessage(message), message);
 }
 
 Result<std::optional<std::string>> messageOrKeptText(const std::string &text) {

@@ -12,6 +12,12 @@ namespace companion {
 // directory for state, readable by the user alone. Returns the file's path.
 platform::Result<std::string> keepMessage(const std::string &message);
 
+// For one that has been used after all.
+void discardKeptMessage(const std::string &path);
+
+// The end of a sentence about a message that `keepMessage` was to keep, and what came of that.
+std::string noteOfKeeping(const platform::Result<std::string> &path, const std::string &message);
+
 // Keeps the message and returns the end of a sentence that says where, such as "; the message is
 // kept in PATH". Where it cannot be kept, the message itself is that end.
 std::string noteOfKeptMessage(const std::string &message);
