@@ -1,6 +1,8 @@
 // Asking in a terminal.
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/companion/open/OpenSession.h"
 #include "tests/support/PseudoTerminal.h"
@@ -45,6 +47,22 @@ TEST_F(TerminalConversation, RevertsOnAYesAlone) {
   EXPECT_EQ(answered("n\n"), "n\nnothing was reverted\n");
   EXPECT_EQ(answered("yesterday\n"), "yesterday\nnothing was reverted\n");
   EXPECT_THAT(answered("\x04"), HasSubstr("\nnothing was reverted\n"));
+}
+
+TEST_F(TerminalConversation, TakesNothingForAnAnswerThatWasTypedBeforeTheQuestion) {
+  const std::string start = session / "start";
+  ASSERT_EQ(mkfifo(start.c_str(), 0600), 0);
+  const std::vector<std::string> command = session.command(session.leave("revert", {"/wc/a"}));
+  PseudoTerminal terminal({"/bin/sh", "-c",
+                           "echo ready; read line < '" + start + "'; exec '" + command[0] +
+                               "' open '" + command[2] + "'"},
+                          session.environment());
+  ASSERT_TRUE(terminal.waitFor("ready"));
+  terminal.type("y\n");
+  std::ofstream(start) << "now\n";
+  EXPECT_TRUE(terminal.waitFor("[y/N] "));
+  terminal.type("n\n");
+  EXPECT_THAT(terminal.waitForEnd().output, EndsWith("[y/N] n\nnothing was reverted\n"));
 }
 
 TEST_F(TerminalConversation, CutsLongLists) {
