@@ -19,7 +19,7 @@ int errorOfLook(const std::string &path) {
 
 bool entryExists(const std::string &path) {
   const int error = errorOfLook(path);
-  return error != ENOENT && error != ENOTDIR;
+  return error != ENOENT && error != ENOTDIR && error != ENAMETOOLONG;
 }
 
 std::string reasonForAbsence(const std::string &path) {
