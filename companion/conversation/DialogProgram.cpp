@@ -1,11 +1,13 @@
 #include "companion/conversation/DialogProgram.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <utility>
 
+#include "companion/PathText.h"
 #include "companion/conversation/ItemList.h"
 #include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/Markup.h"
@@ -39,9 +41,42 @@ bool isDesktop(std::string_view name) {
 }
 
 struct Answer {
-  int status;
+  bool isYes;
   std::string output;
+  std::string trouble;  // why it is no answer; empty if it is one
 };
+
+// Whether the program says that it could open no window. It then ends as if its window had been
+// closed, and its toolkit's other words on standard error, of which there are some in every run, do
+// not matter. The words may be translated, but they name the display.
+bool isWithoutDisplay(std::string_view errors) {
+  const StringHandle folded(g_ascii_strdown(errors.data(), static_cast<gssize>(errors.size())));
+  if (std::string_view(folded.get()).find("display") != std::string_view::npos) {
+    return true;
+  }
+  const char *display = g_getenv("DISPLAY");
+  return display != nullptr && *display != '\0' && oneLine(errors).ends_with(display);
+}
+
+std::string textOf(const Handle<GBytes, g_bytes_unref> &bytes) {
+  gsize length = 0;
+  const auto *data = static_cast<const char *>(g_bytes_get_data(bytes.get(), &length));
+  return data == nullptr ? "" : std::string(data, length);
+}
+
+// Why the program's end is not an answer of the user.
+std::string troubleOf(GSubprocess *process, const std::string &output, const std::string &errors) {
+  if (g_subprocess_get_if_exited(process) == FALSE) {
+    return "it was ended by signal " + std::to_string(g_subprocess_get_term_sig(process));
+  }
+  // What they say when they are closed in one way or another; higher ones are trouble.
+  constexpr int highestAnswer = 2;
+  const int status = g_subprocess_get_exit_status(process);
+  if (status > highestAnswer) {
+    return "it ended with status " + std::to_string(status);
+  }
+  return status == 1 && output.empty() && isWithoutDisplay(errors) ? oneLine(errors) : "";
+}
 
 // A file without a name that holds the text: a program may read all of it or nothing.
 platform::FileDescriptor fileHolding(const std::string &text) {
@@ -70,7 +105,8 @@ Result<Answer> run(const std::vector<std::string> &arguments, const std::string 
     return failure(g_strerror(errno));
   }
   const ObjectHandle<GSubprocessLauncher> launcher(
-      g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_STDOUT_PIPE));
+      g_subprocess_launcher_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |  //
+                                                              G_SUBPROCESS_FLAGS_STDERR_PIPE)));
   g_subprocess_launcher_take_stdin_fd(launcher.get(), inputFile.release());
   ErrorHandle error;
   const ObjectHandle<GSubprocess> process(
@@ -79,25 +115,22 @@ Result<Answer> run(const std::vector<std::string> &arguments, const std::string 
     return failure(error->message);
   }
   GBytes *outputOut = nullptr;
-  const bool isDone = g_subprocess_communicate(process.get(), nullptr, nullptr, &outputOut, nullptr,
-                                               ErrorOut(error)) != FALSE;
+  GBytes *errorsOut = nullptr;
+  const bool isDone = g_subprocess_communicate(process.get(), nullptr, nullptr, &outputOut,
+                                               &errorsOut, ErrorOut(error)) != FALSE;
   const Handle<GBytes, g_bytes_unref> output(outputOut);
+  const Handle<GBytes, g_bytes_unref> errors(errorsOut);
   if (!isDone) {
     return failure(error->message);
   }
-  if (g_subprocess_get_if_exited(process.get()) == FALSE) {
-    return failure("it was ended by signal " +
-                   std::to_string(g_subprocess_get_term_sig(process.get())));
+  Answer answer{g_subprocess_get_successful(process.get()) != FALSE, textOf(output), ""};
+  const std::string words = textOf(errors);
+  const std::string trouble = troubleOf(process.get(), answer.output, words);
+  if (!trouble.empty()) {
+    answer.trouble = failure(trouble).reason();
   }
-  // What they say when they are closed in one way or another; higher ones are trouble.
-  constexpr int highestAnswer = 2;
-  const int status = g_subprocess_get_exit_status(process.get());
-  if (status > highestAnswer) {
-    return failure("it ended with status " + std::to_string(status));
-  }
-  gsize length = 0;
-  const auto *bytes = static_cast<const char *>(g_bytes_get_data(output.get(), &length));
-  return Answer{status, bytes == nullptr ? "" : std::string(bytes, length)};
+  std::fwrite(words.data(), 1, words.size(), stderr);  // for the log of whoever started this one
+  return answer;
 }
 
 // The lines as one text of markup, in the form that each program takes.
@@ -161,10 +194,10 @@ Result<bool> DialogProgram::confirm(const std::string &question, const std::stri
                             : run({path_, "--title", "Halvern", "--warningcontinuecancel",
                                    kdialogText(lines), "--continue-label", button},
                                   "");
-  if (!answer) {
-    return Result<bool>::failure(answer.reason());
+  if (!answer || !answer->trouble.empty()) {
+    return Result<bool>::failure(answer ? answer->trouble : answer.reason());
   }
-  return answer->status == 0;
+  return answer->isYes;
 }
 
 Result<std::optional<std::string>> DialogProgram::askForMessage(
@@ -180,10 +213,16 @@ Result<std::optional<std::string>> DialogProgram::askForMessage(
   if (!answer) {
     return Result<std::optional<std::string>>::failure(answer.reason());
   }
-  if (answer->status != 0) {
+  // The box of kdialog is empty at first.
+  const std::vector<std::string> shown = kind_ == Kind::zenity ? items : std::vector<std::string>();
+  if (!answer->trouble.empty()) {
+    return Result<std::optional<std::string>>::failure(answer->trouble +
+                                                       noteOfRest(answer->output, shown));
+  }
+  if (!answer->isYes) {
     return std::optional<std::string>();
   }
-  return messageOrKeptText(answer->output);
+  return messageOrKeptText(answer->output, shown);
 }
 
 void DialogProgram::showError(const std::string &headline,

@@ -72,8 +72,17 @@ std::string noteOfKeptMessage(const std::string &message) {
   return noteOfKeeping(keepMessage(message), message);
 }
 
-Result<std::optional<std::string>> messageOrKeptText(const std::string &text) {
-  Result<std::optional<std::string>> message = messageOfText(text);
+std::string noteOfRest(const std::string &text, const std::vector<std::string> &items) {
+  const Result<std::optional<std::string>> message = messageOfText(text, items);
+  if (!message) {
+    return noteOfKeptMessage(text);
+  }
+  return *message ? noteOfKeptMessage(**message) : "";
+}
+
+Result<std::optional<std::string>> messageOrKeptText(const std::string &text,
+                                                     const std::vector<std::string> &items) {
+  Result<std::optional<std::string>> message = messageOfText(text, items);
   return message ? message
                  : Result<std::optional<std::string>>::failure(message.reason() +
                                                                noteOfKeptMessage(text));

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Result.h"
 
@@ -22,8 +23,13 @@ std::string noteOfKeeping(const platform::Result<std::string> &path, const std::
 // kept in PATH". Where it cannot be kept, the message itself is that end.
 std::string noteOfKeptMessage(const std::string &message);
 
-// The message in a text that the user wrote (MessageText). A text that holds none that can be used
-// is kept, and the failure says where.
-platform::Result<std::optional<std::string>> messageOrKeptText(const std::string &text);
+// The message in a text that the user wrote, in which the items stood before (MessageText). A text
+// that holds none that can be used is kept, and the failure says where.
+platform::Result<std::optional<std::string>> messageOrKeptText(
+    const std::string &text, const std::vector<std::string> &items);
+
+// What follows the words of a failure that left a text behind, of which nobody knows whether it is
+// complete: where it is kept. Empty if the user has written nothing.
+std::string noteOfRest(const std::string &text, const std::vector<std::string> &items);
 
 }  // namespace companion

@@ -145,6 +145,47 @@ TEST_F(TerminalConversation, KeepsAMessageThatIsNotUTF8) {
   EXPECT_THAT(session.temporaryFiles(), IsEmpty());
 }
 
+TEST_F(TerminalConversation, LeavesWhatTheEditorMadeOfTheFileWhereItCannotBeRead) {
+  session.set("EDITOR", session.install("move", "mv \"$1\" \"$1.old\"\nmkfifo \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
+  const std::string folder = session.temporaryFiles().front();
+  EXPECT_EQ(result.output, "halvern: the message: " + folder +
+                               "/commit message.txt: Not a regular file; what was written is left "
+                               "in " +
+                               folder + "\n");
+  EXPECT_THAT(readFileForTest(folder + "/commit message.txt.old"), HasSubstr("/wc/a\n"));
+}
+
+TEST_F(TerminalConversation, LeavesAMessageThatIsTooLarge) {
+  session.set("EDITOR", session.install("large", "truncate -s 1G \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
+  EXPECT_THAT(result.output, HasSubstr("commit message.txt: File too large; what was written is "
+                                       "left in " +
+                                       session.temporaryFiles().front()));
+}
+
+TEST_F(TerminalConversation, LeavesNothingOfAFileThatTheEditorHasDeleted) {
+  session.set("EDITOR", session.install("delete", "rm \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, EndsWith("commit message.txt: No such file or directory\n"));
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, KeepsATextFromWhichTheEndOfTheMessageWasDeleted) {
+  session.set("EDITOR", session.install("delete", "printf 'Fix it\n\n/wc/a\n' > \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, StartsWith("halvern: the line that ends the message was deleted, but "
+                                        "not the items below it; the message is kept in "));
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Fix it\n\n/wc/a\n\n");
+}
+
 TEST_F(TerminalConversation, LeavesTheKeysThatInterruptToTheEditor) {
   session.set("EDITOR", session.install("interruptible",
                                         "trap 'echo interrupted > \"$1\"; exit 0' INT\n"
