@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <initializer_list>
+#include <set>
 
 #include <svn_error_codes.h>
 
@@ -30,16 +31,19 @@ bool isCausedBy(const SubversionError &error, std::initializer_list<int> numbers
   });
 }
 
-// What every error of the chain says: the first often says no more than that there is another.
+// What every error of the chain says, once: the first often says no more than that there is
+// another.
 std::string wordsOf(const SubversionError &error) {
   std::string words;
+  std::set<std::string> said;
   for (const svn_error_t *link = svn_error_purge_tracing(error.get()); link != nullptr;
        link = link->child) {
     const std::string message = oneLine(messageOf(*link));
-    if (link->child != nullptr && message.ends_with("(details follow):")) {
-      continue;
+    const bool isHeading =
+        message.ends_with("(details follow):") || link->apr_err == SVN_ERR_COMPOSED_ERROR;
+    if ((link->child == nullptr || !isHeading) && said.insert(message).second) {
+      words += (words.empty() ? "" : "; ") + message;
     }
-    words += (words.empty() ? "" : "; ") + message;
   }
   return words;
 }

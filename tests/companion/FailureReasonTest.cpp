@@ -37,6 +37,15 @@ TEST_F(FailureReason, NamesWhatKeepsTheLibraryFromWriting) {
                 "200030: sqlite[S13]: database or disk is full)");
 }
 
+TEST_F(FailureReason, SaysNothingTwice) {
+  svn_error_t *chain = nullptr;
+  for (const char *words : {"again", "again", "first"}) {
+    chain = svn_error_create(SVN_ERR_SQLITE_ERROR, chain, words);
+    chain = svn_error_create(SVN_ERR_COMPOSED_ERROR, chain, "Additional errors:");
+  }
+  EXPECT_EQ(reasonOf(SubversionError(chain), wc.path()), "E200030: first; E200030: again");
+}
+
 TEST_F(FailureReason, ClaimsNoLockWhereTheDatabaseHasFailed) {
   EXPECT_EQ(reasonForLock(SVN_ERR_SQLITE_ERROR, "sqlite[S10]: disk I/O error"),
             "E155004: Working copy locked; E200030: sqlite[S10]: disk I/O error");
