@@ -23,7 +23,7 @@ int errorOfLook(const std::string &path) {
 
 bool entryExists(const std::string &path) {
   const int error = errorOfLook(path);
-  return error != ENOENT && error != ENOTDIR;
+  return error != ENOENT && error != ENOTDIR && error != ENAMETOOLONG;
 }
 
 bool isFolder(const std::string &path) {

@@ -5,7 +5,8 @@
 
 namespace companion {
 
-// Null and `error` if there is none. The program outlives the connection.
+// Null and `error` if there is none; G_IO_ERROR_TIMED_OUT if it does not answer within seconds. The
+// program outlives the connection.
 platform::ObjectHandle<GDBusConnection> connectToSessionBus(platform::ErrorHandle &error);
 
 }  // namespace companion

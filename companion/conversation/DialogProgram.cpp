@@ -1,10 +1,10 @@
 #include "companion/conversation/DialogProgram.h"
 
+#include <cstdio>
 #include <string_view>
 #include <utility>
 
-#include <glib.h>
-
+#include "companion/PathText.h"
 #include "companion/conversation/ItemList.h"
 #include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/Markup.h"
@@ -12,10 +12,12 @@
 #include "companion/programs/FirstProgram.h"
 #include "companion/programs/ProgramEnd.h"
 #include "companion/programs/ProgramWithInput.h"
+#include "platform/linux/GLibHandles.h"
 
 namespace companion {
 
 using platform::Result;
+using platform::StringHandle;
 
 namespace {
 
@@ -33,17 +35,50 @@ bool isDesktop(std::string_view name) {
   return list.find(":" + std::string(name) + ":") != std::string::npos;
 }
 
-// Has the program ask and waits until its window is closed.
-Result<ProgramAnswer> run(const std::vector<std::string> &arguments, const std::string &input) {
+struct Answer {
+  bool isYes;
+  std::string output;
+  std::string trouble;  // why it is no answer; empty if it is one
+};
+
+// Whether the program says that it could open no window. It then ends as if its window had been
+// closed, and its toolkit's other words on standard error, of which there are some in every run, do
+// not matter. The words may be translated, but they name the display.
+bool isWithoutDisplay(std::string_view errors) {
+  const StringHandle folded(g_ascii_strdown(errors.data(), static_cast<gssize>(errors.size())));
+  if (std::string_view(folded.get()).find("display") != std::string_view::npos) {
+    return true;
+  }
+  const char *display = g_getenv("DISPLAY");
+  return display != nullptr && *display != '\0' && oneLine(errors).ends_with(display);
+}
+
+// Why the program's end is not an answer of the user; empty if it is one.
+std::string troubleOf(const ProgramAnswer &answer) {
+  if (!answer.status) {
+    return endedBySignal(answer.signal);
+  }
   // What they say when they are closed in one way or another; higher ones are trouble.
   constexpr int highestAnswer = 2;
-  Result<ProgramAnswer> answer = runWithInput(arguments, input);
-  if (answer && answer->status <= highestAnswer) {
-    return answer;
+  if (*answer.status > highestAnswer) {
+    return endedWithStatus(*answer.status);
   }
-  return Result<ProgramAnswer>::failure(
-      "cannot ask: " + arguments.front() + ": " +
-      (answer ? endedWithStatus(answer->status) : answer.reason()));
+  const bool mayBeClosed = *answer.status != 1 || !answer.output.empty();
+  return mayBeClosed || !isWithoutDisplay(answer.errors) ? "" : oneLine(answer.errors);
+}
+
+// Has the program ask and waits until its window is closed.
+Result<Answer> run(const std::vector<std::string> &arguments, const std::string &input) {
+  const std::string beginning = "cannot ask: " + arguments.front() + ": ";
+  Result<ProgramAnswer> answer = runWithInput(arguments, input);
+  if (!answer) {
+    return Result<Answer>::failure(beginning + answer.reason());
+  }
+  // For the log of whoever started this program.
+  std::fwrite(answer->errors.data(), 1, answer->errors.size(), stderr);
+  const std::string trouble = troubleOf(*answer);
+  return Answer{answer->status == 0, std::move((*answer).output),
+                trouble.empty() ? "" : beginning + trouble};
 }
 
 // The lines as one text of markup, in the form that each program takes.
@@ -97,7 +132,7 @@ Result<DialogProgram> DialogProgram::find() {
 Result<bool> DialogProgram::confirm(const std::string &question, const std::string &button,
                                     const std::vector<std::string> &items) const {
   const std::vector<std::string> lines = withHeading(question, items);
-  const Result<ProgramAnswer> answer =
+  const Result<Answer> answer =
       kind_ == Kind::zenity ? run({path_, "--question", "--title=Halvern",
                                    "--text=" + zenityText(lines), "--ok-label=" + button,
                                    "--cancel-label=Cancel", "--default-cancel", "--width=500"},
@@ -105,15 +140,15 @@ Result<bool> DialogProgram::confirm(const std::string &question, const std::stri
                             : run({path_, "--title", "Halvern", "--warningcontinuecancel",
                                    kdialogText(lines), "--continue-label", button},
                                   "");
-  if (!answer) {
-    return Result<bool>::failure(answer.reason());
+  if (!answer || !answer->trouble.empty()) {
+    return Result<bool>::failure(answer ? answer->trouble : answer.reason());
   }
-  return answer->status == 0;
+  return answer->isYes;
 }
 
 Result<std::optional<std::string>> DialogProgram::askForMessage(
     const std::vector<std::string> &items) const {
-  const Result<ProgramAnswer> answer =
+  const Result<Answer> answer =
       kind_ == Kind::zenity
           ? run({path_, "--text-info", "--editable", "--title=Halvern: commit message",
                  "--ok-label=Commit", "--cancel-label=Cancel", "--width=700", "--height=450"},
@@ -124,10 +159,16 @@ Result<std::optional<std::string>> DialogProgram::askForMessage(
   if (!answer) {
     return Result<std::optional<std::string>>::failure(answer.reason());
   }
-  if (answer->status != 0) {
+  // The box of kdialog is empty at first.
+  const std::vector<std::string> shown = kind_ == Kind::zenity ? items : std::vector<std::string>();
+  if (!answer->trouble.empty()) {
+    return Result<std::optional<std::string>>::failure(answer->trouble +
+                                                       noteOfRest(answer->output, shown));
+  }
+  if (!answer->isYes) {
     return std::optional<std::string>();
   }
-  return messageOrKeptText(answer->output);
+  return messageOrKeptText(answer->output, shown);
 }
 
 void DialogProgram::showError(const std::string &headline,

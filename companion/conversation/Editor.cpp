@@ -19,21 +19,31 @@ using Message = std::optional<std::string>;
 
 namespace {
 
-// A directory for this user alone, removed with all that is in it.
+// A directory for this user alone, removed with all that is in it unless it is left.
 class PrivateDirectory {
  public:
   explicit PrivateDirectory(std::string path) : path_(std::move(path)) {}
   ~PrivateDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    if (!isLeft_) {
+      std::error_code ignored;
+      std::filesystem::remove_all(path_, ignored);
+    }
   }
   PrivateDirectory(const PrivateDirectory &) = delete;
   PrivateDirectory &operator=(const PrivateDirectory &) = delete;
 
   const std::string &path() const { return path_; }
 
+  // Leaves it where it is if there is anything in it. The end of a sentence that says so.
+  std::string leave() {
+    std::error_code error;
+    isLeft_ = !std::filesystem::is_empty(path_, error) || error;
+    return isLeft_ ? "; what was written is left in " + displayedPath(path_) : "";
+  }
+
  private:
   const std::string path_;
+  bool isLeft_ = false;
 };
 
 Result<Message> failure(const std::string &reason) {
@@ -65,7 +75,7 @@ Result<Message> messageFromEditor(const std::vector<std::string> &items) {
   if (made == nullptr) {
     return failure(std::string("there is no place for the message: ") + error->message);
   }
-  const PrivateDirectory directory(made.get());
+  PrivateDirectory directory(made.get());
   const std::string file = directory.path() + "/commit message.txt";
   const Outcome isWritten = platform::replaceFile(file, messageTemplate(items));
   if (!isWritten) {
@@ -79,15 +89,13 @@ Result<Message> messageFromEditor(const std::vector<std::string> &items) {
   const Outcome isEdited = runInForeground(*command);
   const Result<std::string> text = platform::readFile(file);
   if (!text) {
-    return failure("the message: " + displayedPath(file) + ": " + text.reason());
+    return failure("the message: " + displayedPath(file) + ": " + text.reason() +
+                   directory.leave());
   }
   if (isEdited) {
-    return messageOrKeptText(*text);
+    return messageOrKeptText(*text, items);
   }
-  const Result<Message> message = messageOfText(*text);
-  const bool isAnythingWritten = !message || *message;
-  return failure("the editor failed: " + isEdited.reason() +
-                 (isAnythingWritten ? noteOfKeptMessage(message ? **message : *text) : ""));
+  return failure("the editor failed: " + isEdited.reason() + noteOfRest(*text, items));
 }
 
 }  // namespace companion

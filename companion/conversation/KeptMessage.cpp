@@ -58,15 +58,31 @@ Result<std::string> keepMessage(const std::string &message) {
   return path;
 }
 
-std::string noteOfKeptMessage(const std::string &message) {
-  const Result<std::string> path = keepMessage(message);
+void discardKeptMessage(const std::string &path) {
+  unlink(path.c_str());
+}
+
+std::string noteOfKeeping(const Result<std::string> &path, const std::string &message) {
   return path ? "; the message is kept in " + displayedPath(*path)
               : "; the message could not be kept (" + path.reason() +
                     "); it is: " + oneLine(message);
 }
 
-Result<std::optional<std::string>> messageOrKeptText(const std::string &text) {
-  Result<std::optional<std::string>> message = messageOfText(text);
+std::string noteOfKeptMessage(const std::string &message) {
+  return noteOfKeeping(keepMessage(message), message);
+}
+
+std::string noteOfRest(const std::string &text, const std::vector<std::string> &items) {
+  const Result<std::optional<std::string>> message = messageOfText(text, items);
+  if (!message) {
+    return noteOfKeptMessage(text);
+  }
+  return *message ? noteOfKeptMessage(**message) : "";
+}
+
+Result<std::optional<std::string>> messageOrKeptText(const std::string &text,
+                                                     const std::vector<std::string> &items) {
+  Result<std::optional<std::string>> message = messageOfText(text, items);
   return message ? message
                  : Result<std::optional<std::string>>::failure(message.reason() +
                                                                noteOfKeptMessage(text));

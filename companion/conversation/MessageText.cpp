@@ -1,6 +1,9 @@
 #include "companion/conversation/MessageText.h"
 
 #include <algorithm>
+#include <iterator>
+
+#include <glib.h>
 
 #include "companion/conversation/ItemList.h"
 #include "companion/conversation/Markup.h"
@@ -35,6 +38,23 @@ bool isBlank(std::string_view line) {
   return line.find_first_not_of(blanks) == std::string_view::npos;
 }
 
+// An editor may have wrapped lines and taken blanks off their ends.
+std::string withoutWhiteSpace(std::string_view text) {
+  std::string result;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(result),
+               [](char character) { return g_ascii_isspace(character) == FALSE; });
+  return result;
+}
+
+bool holdsOneOf(const std::vector<std::string> &items, std::string_view text) {
+  const std::string written = withoutWhiteSpace(text);
+  const std::vector<std::string> shown = shortened(items, mostItems);
+  return std::any_of(shown.begin(), shown.end(), [&written](const std::string &item) {
+    const std::string line = withoutWhiteSpace(validText(item));
+    return !line.empty() && written.find(line) != std::string::npos;
+  });
+}
+
 }  // namespace
 
 std::string messageTemplate(const std::vector<std::string> &items) {
@@ -45,9 +65,11 @@ std::string messageTemplate(const std::vector<std::string> &items) {
   return text;
 }
 
-Result<std::optional<std::string>> messageOfText(std::string_view text) {
+Result<std::optional<std::string>> messageOfText(std::string_view text,
+                                                 const std::vector<std::string> &items) {
   const std::string lines = withLineFeeds(text);
   std::string message;
+  bool isEnded = false;
   std::size_t length = 0;  // of the message up to its last line that is not blank
   for (std::size_t begin = 0; begin < lines.size();) {
     const std::size_t end = std::min(lines.find('\n', begin), lines.size());
@@ -55,6 +77,7 @@ Result<std::optional<std::string>> messageOfText(std::string_view text) {
     begin = end + 1;
     // An editor may have wrapped the line or taken blanks off its end.
     if (line.starts_with(endOfMessage.substr(0, endOfMessage.find('.')))) {
+      isEnded = true;
       break;
     }
     if (isBlank(line) && message.empty()) {
@@ -67,6 +90,10 @@ Result<std::optional<std::string>> messageOfText(std::string_view text) {
     message += '\n';
   }
   message.resize(length);
+  if (!isEnded && holdsOneOf(items, message)) {
+    return Result<std::optional<std::string>>::failure(
+        "the line that ends the message was deleted, but not the items below it");
+  }
   if (!platform::isValidUTF8(message)) {
     return Result<std::optional<std::string>>::failure("the message is not valid UTF-8 text");
   }

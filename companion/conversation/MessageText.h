@@ -14,7 +14,9 @@ namespace companion {
 std::string messageTemplate(const std::vector<std::string> &items);
 
 // The message in such a text: what is above the line that ends it, with LF at the ends of lines and
-// without blank lines at its own ends. None if nothing is left of it. Fails unless it is UTF-8.
-platform::Result<std::optional<std::string>> messageOfText(std::string_view text);
+// without blank lines at its own ends. None if nothing is left of it. Fails unless it is UTF-8, and
+// if that line is gone but something of the `items` that stood below it is not.
+platform::Result<std::optional<std::string>> messageOfText(std::string_view text,
+                                                           const std::vector<std::string> &items);
 
 }  // namespace companion

@@ -1,5 +1,6 @@
 #include "companion/conversation/TerminalConversation.h"
 
+#include <termios.h>
 #include <unistd.h>
 
 #include <glib.h>
@@ -33,6 +34,9 @@ Result<bool> TerminalConversation::confirm(const std::string &question,
   for (const std::string &line : shortened(items, mostItems)) {
     output_.writeLine("  " + line);
   }
+  output_.flush();
+  // What was typed before the question is no answer to it.
+  tcflush(STDIN_FILENO, TCIFLUSH);
   output_.write(question + " [y/N] ");
   output_.flush();
   const std::optional<std::string> answer = readInputLine();

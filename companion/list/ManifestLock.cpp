@@ -2,13 +2,12 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/file.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
 #include <glib.h>
 
+#include "companion/FileLock.h"
 #include "companion/PathText.h"
 
 namespace companion {
@@ -17,10 +16,6 @@ using platform::FileURL;
 using platform::Result;
 
 namespace {
-
-// The kernel offers no wait for a file lock that ends by itself, and a wait without an end would
-// hang this program behind one that was stopped. So it asks again and again, and sleeps in between.
-constexpr std::chrono::milliseconds pollInterval{20};
 
 Result<ManifestLock> failure(const std::string &path, const std::string &reason) {
   return Result<ManifestLock>::failure(
@@ -37,16 +32,9 @@ Result<ManifestLock> ManifestLock::take(const FileURL &sharedDirectory,
     return failure(path, g_strerror(errno));
   }
   ManifestLock lock(descriptor);
-  const auto end = std::chrono::steady_clock::now() + patience;
-  while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-    const int error = errno;
-    if (error != EWOULDBLOCK && error != EINTR) {
-      return failure(path, g_strerror(error));
-    }
-    if (std::chrono::steady_clock::now() >= end) {
-      return failure(path, "another program holds the lock");
-    }
-    std::this_thread::sleep_for(pollInterval);
+  if (const int error = lockFile(descriptor, patience); error != 0) {
+    return failure(path,
+                   error == EWOULDBLOCK ? "another program holds the lock" : g_strerror(error));
   }
   return lock;
 }

@@ -29,13 +29,17 @@ std::string activationToken() {
   return "";
 }
 
-enum class Showing { done, impossible, unanswered };
+enum class Showing { done, impossible, unanswered, unansweredByBus };
+
+bool isTimeout(const ErrorHandle &error) {
+  return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE;
+}
 
 Showing showInFileManager(const std::vector<std::string> &paths) {
   ErrorHandle error;
   const ObjectHandle<GDBusConnection> bus = connectToSessionBus(error);
   if (bus == nullptr) {
-    return Showing::impossible;
+    return isTimeout(error) ? Showing::unansweredByBus : Showing::impossible;
   }
   GVariantBuilder urls;
   g_variant_builder_init(&urls, G_VARIANT_TYPE_STRING_ARRAY);
@@ -50,9 +54,7 @@ Showing showInFileManager(const std::vector<std::string> &paths) {
   if (reply != nullptr) {
     return Showing::done;
   }
-  return g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT) != FALSE
-             ? Showing::unanswered
-             : Showing::impossible;
+  return isTimeout(error) ? Showing::unanswered : Showing::impossible;
 }
 
 void openFolders(const std::vector<std::string> &paths, Report &report) {
@@ -93,6 +95,10 @@ Report revealItems(const std::vector<std::string> &paths, Conversation & /*conve
       break;
     case Showing::unanswered:
       report.failures.emplace_back("the file manager does not answer");
+      break;
+    case Showing::unansweredByBus:
+      // Opening a folder would wait for it, too.
+      report.failures.emplace_back("the session bus does not answer");
       break;
   }
   return report;

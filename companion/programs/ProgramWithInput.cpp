@@ -30,6 +30,14 @@ FileDescriptor fileHolding(const std::string &text) {
   return file;
 }
 
+using BytesHandle = Handle<GBytes, g_bytes_unref>;
+
+std::string textOf(const BytesHandle &bytes) {
+  gsize length = 0;
+  const auto *data = static_cast<const char *>(g_bytes_get_data(bytes.get(), &length));
+  return data == nullptr ? "" : std::string(data, length);
+}
+
 Result<ProgramAnswer> failure(const std::string &reason) {
   return Result<ProgramAnswer>::failure(reason);
 }
@@ -43,7 +51,8 @@ Result<ProgramAnswer> runWithInput(const std::vector<std::string> &arguments,
     return failure(g_strerror(errno));
   }
   const ObjectHandle<GSubprocessLauncher> launcher(
-      g_subprocess_launcher_new(G_SUBPROCESS_FLAGS_STDOUT_PIPE));
+      g_subprocess_launcher_new(static_cast<GSubprocessFlags>(
+          static_cast<unsigned>(G_SUBPROCESS_FLAGS_STDOUT_PIPE) | G_SUBPROCESS_FLAGS_STDERR_PIPE)));
   g_subprocess_launcher_take_stdin_fd(launcher.get(), inputFile.release());
   ErrorHandle error;
   const ObjectHandle<GSubprocess> process(g_subprocess_launcher_spawnv(
@@ -52,19 +61,23 @@ Result<ProgramAnswer> runWithInput(const std::vector<std::string> &arguments,
     return failure(error->message);
   }
   GBytes *outputOut = nullptr;
-  const bool isDone = g_subprocess_communicate(process.get(), nullptr, nullptr, &outputOut, nullptr,
-                                               ErrorOut(error)) != FALSE;
-  const Handle<GBytes, g_bytes_unref> output(outputOut);
+  GBytes *errorsOut = nullptr;
+  const bool isDone = g_subprocess_communicate(process.get(), nullptr, nullptr, &outputOut,
+                                               &errorsOut, ErrorOut(error)) != FALSE;
+  const BytesHandle output(outputOut);
+  const BytesHandle errors(errorsOut);
   if (!isDone) {
     return failure(error->message);
   }
-  if (g_subprocess_get_if_exited(process.get()) == FALSE) {
-    return failure(endedBySignal(g_subprocess_get_term_sig(process.get())));
+  ProgramAnswer answer;
+  if (g_subprocess_get_if_exited(process.get()) != FALSE) {
+    answer.status = g_subprocess_get_exit_status(process.get());
+  } else {
+    answer.signal = g_subprocess_get_term_sig(process.get());
   }
-  gsize length = 0;
-  const auto *bytes = static_cast<const char *>(g_bytes_get_data(output.get(), &length));
-  return ProgramAnswer{g_subprocess_get_exit_status(process.get()),
-                       bytes == nullptr ? "" : std::string(bytes, length)};
+  answer.output = textOf(output);
+  answer.errors = textOf(errors);
+  return answer;
 }
 
 }  // namespace companion

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <set>
 
+#include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
 #include "companion/subversion/ClientSession.h"
 #include "companion/subversion/FailureReason.h"
@@ -21,6 +22,11 @@ class Addition {
     // over, because it is ignored, was not added yet.
     if (added_.contains(path)) {
       tellAdded(path);
+      return;
+    }
+    // The library would make a folder in its place, and the folders above that.
+    if (const std::string reason = reasonForAbsence(path); !reason.empty()) {
+      addFailure(report_, path, reason);
       return;
     }
     const SubversionPool pool;

@@ -14,28 +14,37 @@ using platform::Result;
 
 namespace {
 
-// Keeps the message once, however many commits fail. Returns the end of a sentence about it.
+// Keeps the message from before the first commit on, so that whatever ends the program loses
+// nothing.
 class MessageKeeper {
  public:
-  explicit MessageKeeper(const std::string &message) : message_(message) {}
+  explicit MessageKeeper(const std::string &message)
+      : message_(message), path_(keepMessage(message)) {}
 
-  std::string keep() {
-    if (note_.empty()) {
-      note_ = noteOfKeptMessage(message_);
+  // The end of a sentence about a failure, after which the message stays.
+  std::string note() {
+    isNeeded_ = true;
+    return noteOfKeeping(path_, message_);
+  }
+
+  // Once all is done.
+  void finish() {
+    if (path_ && !isNeeded_) {
+      discardKeptMessage(*path_);
     }
-    return note_;
   }
 
  private:
   const std::string message_;
-  std::string note_;
+  const Result<std::string> path_;
+  bool isNeeded_ = false;
 };
 
 void commit(const CommitProposal &proposal, const std::string &message, ClientSession &session,
             Conversation &conversation, MessageKeeper &keeper, Report &report) {
   const CommitOutcome outcome = runCommit(proposal, message, session, conversation);
   if (!SVN_IS_VALID_REVNUM(outcome.revision)) {
-    addFailure(report, proposal.root, "nothing was committed: " + outcome.failure + keeper.keep());
+    addFailure(report, proposal.root, "nothing was committed: " + outcome.failure + keeper.note());
     return;
   }
   const std::string revision = "revision " + std::to_string(outcome.revision);
@@ -50,14 +59,18 @@ void commit(const CommitProposal &proposal, const std::string &message, ClientSe
 void commitAll(const std::vector<CommitProposal> &proposals, const std::string &message,
                Conversation &conversation, Report &report) {
   MessageKeeper keeper(message);
-  const bool isDone = withSession(conversation, "committed", report, [&](ClientSession &session) {
-    for (const CommitProposal &proposal : proposals) {
-      commit(proposal, message, session, conversation, keeper, report);
-    }
+  bool isDone = false;
+  reportExceptions(report, [&] {
+    isDone = withSession(conversation, "committed", report, [&](ClientSession &session) {
+      for (const CommitProposal &proposal : proposals) {
+        commit(proposal, message, session, conversation, keeper, report);
+      }
+    });
   });
   if (!isDone) {
-    report.failures.back() += keeper.keep();
+    report.failures.back() += keeper.note();
   }
+  keeper.finish();
 }
 
 }  // namespace

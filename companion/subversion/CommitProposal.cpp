@@ -1,5 +1,8 @@
 #include "companion/subversion/CommitProposal.h"
 
+#include <functional>
+#include <map>
+
 #include "companion/PathText.h"
 #include "companion/subversion/FailureReason.h"
 #include "companion/subversion/ItemStatus.h"
@@ -13,10 +16,23 @@ using platform::Result;
 
 namespace {
 
+// Folders and files, of which many may have been selected.
+using Paths = std::set<std::string, std::less<>>;
+
+bool isAtOrBelowOneOf(std::string_view path, const Paths &paths) {
+  while (!paths.contains(path)) {
+    if (path.size() <= 1) {
+      return false;
+    }
+    path = platform::parentOfPath(path);
+  }
+  return true;
+}
+
 class Preparation {
  public:
   Preparation(const std::vector<std::string> &selected, ClientSession &session, Report &report)
-      : selected_(selected), session_(session), report_(report) {}
+      : selected_(selected.begin(), selected.end()), session_(session), report_(report) {}
 
   void addItem(const std::string &path) {
     const Result<ItemStatus> item = statusOfVersionedItem(path, session_);
@@ -28,16 +44,16 @@ class Preparation {
     }
     Preparing &preparing = preparingFor(*root);
     // It goes with the folder above it, or stays with it.
-    if (isBelowOneOf(path, preparing.proposal.targets) || isBelowOneOf(path, preparing.refused)) {
+    if (isAtOrBelowOneOf(platform::parentOfPath(path), preparing.settled)) {
       return;
     }
     const Result<std::vector<ItemStatus>> changes = changesOfItem(path, session_);
     const std::string reason = changes ? reasonAgainst(*item, *changes) : changes.reason();
     if (reason.empty()) {
-      gather(path, *changes, preparing.proposal);
+      gather(path, *changes, preparing);
     } else {
       addFailure(report_, path, reason);
-      preparing.refused.push_back(path);
+      preparing.settled.insert(path);
     }
   }
 
@@ -54,7 +70,7 @@ class Preparation {
  private:
   struct Preparing {
     CommitProposal proposal;
-    std::vector<std::string> refused;
+    Paths settled;  // the items that go into it and those that were refused
   };
 
   Preparing &preparingFor(const std::string &root) {
@@ -81,16 +97,26 @@ class Preparation {
     }
     const std::string folder(platform::parentOfPath(item.path));
     if (item.isNew() && !isAtOrBelowOneOf(folder, selected_)) {
-      const Result<ItemStatus> parent = statusOfItem(folder, session_);
-      if (parent && parent->isNew()) {
+      if (isNewFolder(folder)) {
         return "its folder has not been committed yet; commit that: " + displayedPath(folder);
       }
     }
     return "";
   }
 
+  // Looks once at each, with all that is in it.
+  bool isNewFolder(const std::string &folder) {
+    auto place = isNew_.find(folder);
+    if (place == isNew_.end()) {
+      const Result<ItemStatus> status = statusOfItem(folder, session_);
+      place = isNew_.emplace(folder, status && status->isNew()).first;
+    }
+    return place->second;
+  }
+
   void gather(const std::string &path, const std::vector<ItemStatus> &changes,
-              CommitProposal &proposal) {
+              Preparing &preparing) {
+    CommitProposal &proposal = preparing.proposal;
     const std::size_t earlier = proposal.lines.size();
     for (const ItemStatus &change : changes) {
       const bool isOfAnother = change.isFileExternal && change.path != path;
@@ -101,15 +127,17 @@ class Preparation {
     }
     if (proposal.lines.size() > earlier) {
       proposal.targets.push_back(path);
+      preparing.settled.insert(path);
     } else {
       report_.done.push_back("nothing to commit in " + displayedPath(path));
     }
   }
 
-  const std::vector<std::string> &selected_;
+  const Paths selected_;
   ClientSession &session_;
   Report &report_;
   std::vector<Preparing> preparing_;
+  std::map<std::string, bool> isNew_;  // by folder
 };
 
 }  // namespace

@@ -31,20 +31,32 @@ bool isProposed(const CommitProposal &proposal, const char *path) noexcept {
   }
 }
 
+// A file that has not changed is among the items if its lock would be given back.
+bool isChanged(const svn_client_commit_item3_t &item) {
+  return (item.state_flags & ~SVN_CLIENT_COMMIT_ITEM_LOCK_TOKEN) != 0;
+}
+
 svn_error_t *giveMessage(const char **message, const char **temporaryFile,
                          const apr_array_header_t *items, void *baton, apr_pool_t *pool) {
   auto &commit = *static_cast<Commit *>(baton);
   *temporaryFile = nullptr;
   *message = nullptr;  // ends the commit
+  std::size_t count = 0;
   for (int i = 0; i < items->nelts; ++i) {
     const auto *item = APR_ARRAY_IDX(items, i, const svn_client_commit_item3_t *);
+    if (!isChanged(*item)) {
+      continue;
+    }
     if (!isProposed(commit.proposal, item->path)) {
       commit.unexpected = apr_pstrdup(commit.pool, item->path);
       return SVN_NO_ERROR;
     }
+    ++count;
   }
-  commit.outcome.itemCount = static_cast<std::size_t>(items->nelts);
-  *message = apr_pstrdup(pool, commit.message.c_str());
+  if (count > 0) {
+    commit.outcome.itemCount = count;
+    *message = apr_pstrdup(pool, commit.message.c_str());
+  }
   return SVN_NO_ERROR;
 }
 

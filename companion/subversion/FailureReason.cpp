@@ -1,7 +1,9 @@
 #include "companion/subversion/FailureReason.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <initializer_list>
+#include <set>
 
 #include <svn_error_codes.h>
 
@@ -29,18 +31,49 @@ bool isCausedBy(const SubversionError &error, std::initializer_list<int> numbers
   });
 }
 
-// What every error of the chain says: the first often says no more than that there is another.
+// What every error of the chain says, once: the first often says no more than that there is
+// another.
 std::string wordsOf(const SubversionError &error) {
   std::string words;
+  std::set<std::string> said;
   for (const svn_error_t *link = svn_error_purge_tracing(error.get()); link != nullptr;
        link = link->child) {
     const std::string message = oneLine(messageOf(*link));
-    if (link->child != nullptr && message.ends_with("(details follow):")) {
-      continue;
+    const bool isHeading =
+        message.ends_with("(details follow):") || link->apr_err == SVN_ERR_COMPOSED_ERROR;
+    if ((link->child == nullptr || !isHeading) && said.insert(message).second) {
+      words += (words.empty() ? "" : "; ") + message;
     }
-    words += (words.empty() ? "" : "; ") + message;
   }
   return words;
+}
+
+// SQLite has a number of its own for that, which the library passes on in words alone.
+bool isDatabaseOutOfSpace(const SubversionError &error) {
+  for (const svn_error_t *link = error.get(); link != nullptr; link = link->child) {
+    if (messageOf(*link).find("sqlite[S13]") != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Why the system let the library not write, or not read; empty if it was something else.
+std::string refusalOfSystem(const SubversionError &error) {
+  if (isCausedBy(error, {ENOSPC, EDQUOT}) || isDatabaseOutOfSpace(error)) {
+    return "there is no space left on the disk";
+  }
+  if (isCausedBy(error, {EROFS})) {
+    return "the file system is read-only";
+  }
+  if (isCausedBy(error, {SVN_ERR_SQLITE_READONLY})) {
+    return "the working copy cannot be written: permission is missing, or the file system is "
+           "read-only";
+  }
+  if (isCausedBy(error, {EACCES, EPERM})) {
+    return "permission is missing";
+  }
+  return "";
 }
 
 }  // namespace
@@ -57,12 +90,22 @@ std::string reasonOf(const SubversionError &error, const std::string &path) {
   if (isCausedBy(error, {SVN_ERR_WC_UNSUPPORTED_FORMAT})) {
     return "a working copy that was made by a newer Subversion (" + messageOf(*error) + ")";
   }
+  // The library calls a working copy locked for whatever reason it cannot lock it.
+  if (const std::string refusal = refusalOfSystem(error); !refusal.empty()) {
+    return refusal + " (" + wordsOf(error) + ")";
+  }
+  if (isCausedBy(error, {SVN_ERR_SQLITE_ERROR})) {
+    return wordsOf(error);
+  }
   if (isCausedBy(error, {SVN_ERR_WC_LOCKED})) {
+    const bool isAllToSay = svn_error_root_cause(error.get())->apr_err == SVN_ERR_WC_LOCKED;
     return "the working copy is locked; if no other program is at work in it, run: " +
-           cleanupCommand(path);
+           cleanupCommand(path) + (isAllToSay ? "" : " (" + wordsOf(error) + ")");
   }
   if (isCausedBy(error, {SVN_ERR_WC_CLEANUP_REQUIRED})) {
-    return "an earlier command in the working copy was interrupted; run: " + cleanupCommand(path);
+    return "another program is at work in the working copy, or was interrupted there; if none is "
+           "at work, run: " +
+           cleanupCommand(path) + " (" + wordsOf(error) + ")";
   }
   if (isCausedBy(error, {SVN_ERR_SQLITE_BUSY})) {
     return "the working copy is locked, because another program is at work in it; try again when "

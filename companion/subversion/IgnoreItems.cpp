@@ -14,6 +14,7 @@
 #include "companion/subversion/PathArray.h"
 #include "companion/subversion/SelectedItems.h"
 #include "companion/subversion/WorkingCopyCommands.h"
+#include "companion/subversion/WorkingCopyLocks.h"
 #include "companion/subversion/WorkingCopyRoot.h"
 #include "platform/Paths.h"
 
@@ -120,7 +121,8 @@ bool isWorkingCopyRoot(const std::string &path) {
   return root && *root == path && !std::filesystem::is_symlink(path, error);
 }
 
-void ignoreItem(const std::string &path, ClientSession &session, Folders &folders, Report &report) {
+void ignoreItem(const std::string &path, ClientSession &session, Folders &folders,
+                WorkingCopyLocks &locks, Report &report) {
   if (isWorkingCopyRoot(path)) {
     addFailure(report, path, "it is a working copy itself, which nothing ignores");
     return;
@@ -136,6 +138,11 @@ void ignoreItem(const std::string &path, ClientSession &session, Folders &folder
     addFailure(report, path, "svn:ignore cannot hold a name with a line break");
     return;
   }
+  const Result<platform::FileDescriptor> lock = locks.take(folder);
+  if (!lock) {
+    addFailure(report, path, lock.reason());
+    return;
+  }
   std::string patterns;
   SubversionError error = readPatterns(folder, patterns, session);
   if (error == nullptr && holdsPattern(patterns, *pattern)) {
@@ -145,8 +152,15 @@ void ignoreItem(const std::string &path, ClientSession &session, Folders &folder
   if (error == nullptr) {
     error = writePatterns(folder, withPattern(patterns, *pattern), session);
   }
+  if (error == nullptr) {
+    error = readPatterns(folder, patterns, session);
+  }
   if (error != nullptr) {
     addFailure(report, path, reasonOf(error, path));
+  } else if (!holdsPattern(patterns, *pattern)) {
+    // Subversion's own client respects no lock of this program's.
+    addFailure(report, path,
+               "another program has changed svn:ignore of its folder meanwhile; try again");
   } else {
     report.done.push_back("ignored " + displayedPath(path));
   }
@@ -159,8 +173,10 @@ Report ignoreItems(const std::vector<std::string> &paths, Conversation &conversa
   reportExceptions(report, [&] {
     withSession(conversation, "ignored", report, [&](ClientSession &session) {
       Folders folders(session);
-      forEachItem(paths, session, report,
-                  [&](const std::string &path) { ignoreItem(path, session, folders, report); });
+      WorkingCopyLocks locks;
+      forEachItem(paths, session, report, [&](const std::string &path) {
+        ignoreItem(path, session, folders, locks, report);
+      });
     });
   });
   return report;

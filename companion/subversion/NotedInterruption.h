@@ -7,8 +7,8 @@
 namespace companion {
 
 // While the object lives, the first SIGINT or SIGTERM does not end the process but is noted; the
-// next one ends it as usual. A signal that was ignored before stays ignored. There is one at a
-// time, on the main thread.
+// next one ends it as usual. SIGHUP, which a terminal that is closed sends, is noted each time. A
+// signal that was ignored before stays ignored. There is one at a time, on the main thread.
 class NotedInterruption {
  public:
   NotedInterruption();
@@ -19,7 +19,7 @@ class NotedInterruption {
   bool isThere() const;
 
  private:
-  std::array<struct sigaction, 2> earlier_{};
+  std::array<struct sigaction, 3> earlier_{};
 };
 
 }  // namespace companion

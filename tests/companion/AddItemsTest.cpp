@@ -116,7 +116,7 @@ TEST_F(AddItems, OneThatFailsDoesNotKeepTheOthersFromBeingDone) {
   EXPECT_THAT(
       report.failures,
       ElementsAre(directory / "elsewhere.txt" + ": not a Subversion working copy",
-                  HasSubstr(wc / "none.txt" + ": E155010: "),
+                  wc / "none.txt" + ": No such file or directory",
                   HasSubstr(wc / "line\\nbreak" + ": E160005: "),
                   wc / "\xff" + ": its name is not valid UTF-8, and Subversion accepts no other "
                                 "names"));
@@ -137,6 +137,14 @@ TEST_F(AddItems, AFolderThatIsNotUnderVersionControlAndHoldsAWorkingCopyKeepsIt)
   addItems({wc / "folder"}, conversation);
   EXPECT_TRUE(fs::exists(wc / "folder/inner/.svn/wc.db"));
   EXPECT_THAT(status(), HasSubstr("A       folder/file.txt\n"));
+}
+
+TEST_F(AddItems, NothingIsMadeInThePlaceOfAnItemThatIsGone) {
+  expectReport(addItems({wc / "gone/inner/file.txt", wc / "gone"}, conversation), {},
+               {wc / "gone" + ": No such file or directory",
+                wc / "gone/inner/file.txt" + ": No such file or directory"});
+  EXPECT_FALSE(fs::exists(wc / "gone"));
+  EXPECT_EQ(status(), "");
 }
 
 TEST_F(AddItems, ASymbolicLinkIsAddedAsALink) {

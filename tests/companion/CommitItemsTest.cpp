@@ -385,6 +385,48 @@ TEST_F(CommitItems, LocksAreGivenBackUnlessTheUserIsConfiguredToKeepThem) {
   EXPECT_EQ(status(), "     K  docs/more.txt\n");
 }
 
+TEST_F(CommitItems, ALockOnAnUnchangedFileIsNoChangeBehindTheUsersBack) {
+  wc.svn({"lock", "--quiet", "docs/more.txt"});
+  writeFile(wc / "docs/readme.txt", "two\n");
+  expectReport(commitItems({wc / "docs"}, conversation),
+               {"committed revision 3: 1 item in " + wc.path()}, {});
+  EXPECT_EQ(status(), "");
+}
+
+TEST_F(CommitItems, LocksAloneAreNothingToCommit) {
+  wc.svn({"lock", "--quiet", "docs/more.txt"});
+  writeFile(wc / "docs/readme.txt", "two\n");
+  conversation.whileAsking = [this] { wc.svn({"revert", "--quiet", "docs/readme.txt"}); };
+  expectKept(commitItems({wc / "docs"}, conversation), "there is nothing to commit any more");
+  EXPECT_EQ(youngestRevision(), "2");
+}
+
+TEST_F(CommitItems, ComesToAnOrderlyEndWhenTheTerminalIsClosed) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  // The shell and the kernel may send one each.
+  conversation.whileTelling = [] {
+    std::raise(SIGHUP);
+    std::raise(SIGHUP);
+  };
+  expectKept(commitItems({wc.path()}, conversation), "interrupted");
+  EXPECT_EQ(status(), "M       docs/readme.txt\n");
+  EXPECT_EQ(youngestRevision(), "2");
+}
+
+TEST_F(CommitItems, TheMessageIsKeptBeforeTheCommitBegins) {
+  writeFile(wc / "docs/readme.txt", "two\n");
+  Lines keptMeanwhile;
+  conversation.whileTelling = [&] {
+    for (const std::string &file : keptFiles()) {
+      keptMeanwhile.push_back(readFileForTest(file));
+    }
+  };
+  expectReport(commitItems({wc.path()}, conversation),
+               {"committed revision 3: 1 item in " + wc.path()}, {});
+  EXPECT_THAT(keptMeanwhile, ElementsAre("a message\n"));
+  EXPECT_THAT(keptFiles(), IsEmpty());
+}
+
 TEST_F(CommitItems, MessagesThatAreKeptNeverTakeEachOthersPlace) {
   const auto first = companion::keepMessage("first");
   const auto second = companion::keepMessage("second");

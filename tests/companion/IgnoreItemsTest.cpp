@@ -1,5 +1,11 @@
 // Ignoring items, on real working copies.
+#include <algorithm>
+#include <chrono>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <svn_string.h>
 #include <svn_wc.h>
@@ -7,6 +13,7 @@
 #include "companion/subversion/IgnorePattern.h"
 #include "companion/subversion/PathArray.h"
 #include "companion/subversion/SubversionLibrary.h"
+#include "platform/linux/FileDescriptor.h"
 #include "tests/companion/CommandFixture.h"
 
 using companion::ignoreItems;
@@ -147,6 +154,55 @@ TEST_F(IgnoreItems, AWorkingCopyThatAnotherProgramHasLockedIsAFailureWithItsCure
                 "in it, run: svn cleanup " +
                 wc.path()});
   EXPECT_THAT(status(), testing::Not(HasSubstr(" M      .")));
+}
+
+TEST_F(IgnoreItems, ANameThatIsTooLongForTheFileSystemIsNoItem) {
+  const std::string path = wc / std::string(300, 'x');
+  expectReport(ignoreItems({path}, conversation), {}, {path + ": there is no such item"});
+  EXPECT_EQ(status(), "");
+}
+
+TEST_F(IgnoreItems, CommandsAtTheSameTimeLoseNothingOfEachOther) {
+  constexpr int commandCount = 4;
+  constexpr int itemCount = 8;
+  std::vector<Lines> selections(commandCount);
+  for (int command = 0; command < commandCount; ++command) {
+    for (int item = 0; item < itemCount; ++item) {
+      const std::string name = std::to_string(command) + "-" + std::to_string(item) + ".log";
+      writeFile(wc / name, "");
+      selections[static_cast<std::size_t>(command)].push_back(wc / name);
+    }
+  }
+  std::vector<pid_t> processes;
+  for (const Lines &selection : selections) {
+    processes.push_back(fork());
+    if (processes.back() == 0) {
+      _exit(static_cast<int>(ignoreItems(selection, conversation).failures.size()));
+    }
+  }
+  for (const pid_t process : processes) {
+    int result = -1;
+    EXPECT_EQ(waitpid(process, &result, 0), process);
+    EXPECT_EQ(result, 0);
+  }
+  const std::string ignored = patterns();
+  EXPECT_EQ(std::count(ignored.begin(), ignored.end(), '\n'), commandCount * itemCount);
+  EXPECT_EQ(status(), " M      .\n");
+}
+
+TEST_F(IgnoreItems, GivesUpOnAWorkingCopyInWhichACommandNeverEnds) {
+  writeFile(wc / "a.log", "");
+  writeFile(wc / "b.log", "");
+  const platform::FileDescriptor folder(open((wc / ".svn").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(folder, LOCK_EX), 0);
+  const std::string reason =
+      ": another command is changing the properties in the working copy; try again when that is "
+      "done";
+  const auto begin = std::chrono::steady_clock::now();
+  expectReport(ignoreItems({wc / "a.log", wc / "b.log"}, conversation), {},
+               {wc / "a.log" + reason, wc / "b.log" + reason});
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(9));
+  EXPECT_EQ(status(), "?       a.log\n?       b.log\n");
 }
 
 TEST_F(IgnoreItems, APatternMatchesItsOwnNameInTheLibrarysEyesAndNoOther) {

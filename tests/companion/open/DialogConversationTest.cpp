@@ -46,6 +46,25 @@ TEST_F(DialogConversation, FailsWithAProgramThatDoes) {
             "halvern: cannot ask: " + session / "bin/zenity" + ": it ended with status 255\n");
 }
 
+TEST_F(DialogConversation, FailsWithAProgramThatCannotOpenItsDisplay) {
+  session.install("zenity", "echo 'Gtk-WARNING **: cannot open display: :99' >&2\nexit 1\n");
+  const CommandResult result = session.open(session.leave("revert", {"/wc/a"}));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.errors, HasSubstr("halvern: cannot ask: " + session / "bin/zenity" +
+                                       ": Gtk-WARNING **: cannot open display: :99\n"));
+  session.install("zenity", "echo 'Anzeige kann nicht geöffnet werden: :99' >&2\nexit 1\n");
+  EXPECT_EQ(session.open(session.leave("commit", {"/wc/a"})).status, 1);
+}
+
+TEST_F(DialogConversation, TakesAWindowThatWasClosedForANoWhateverItsToolkitSays) {
+  session.install("zenity", "echo 'Gtk-Message: mapped without a parent.' >&2\nexit 1\n");
+  const CommandResult result = session.open(session.leave("revert", {"/wc/a"}));
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "nothing was reverted\n");
+  EXPECT_EQ(result.errors, "Gtk-Message: mapped without a parent.\n");
+}
+
 TEST_F(DialogConversation, AsksWithKDialog) {
   session.installRecorder("kdialog");
   const CommandResult result = session.open(session.leave("revert", {"/wc/a", "/wc/b"}));
@@ -133,6 +152,17 @@ TEST_F(DialogConversation, KeepsAMessageThatIsNotUTF8) {
   EXPECT_EQ(result.errors, "halvern: the message is not valid UTF-8 text; the message is kept in " +
                                session.keptMessages().front() + "\n");
   EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n\n");
+}
+
+TEST_F(DialogConversation, KeepsWhatWasWrittenBeforeTheProgramWasEnded) {
+  session.install("zenity", "printf 'Gr\\374n'\nkill -9 $$\n");
+  const CommandResult result = session.open(session.leave("commit", {"/wc/a"}));
+  EXPECT_EQ(result.status, 1);
+  ASSERT_EQ(session.keptMessages().size(), 1U);
+  EXPECT_EQ(result.errors, "halvern: cannot ask: " + session / "bin/zenity" +
+                               ": it was ended by signal 9; the message is kept in " +
+                               session.keptMessages().front() + "\n");
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n");
 }
 
 TEST_F(DialogConversation, CommitsNothingWithoutAMessage) {

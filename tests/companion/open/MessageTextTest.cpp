@@ -8,7 +8,7 @@ using companion::messageTemplate;
 namespace {
 
 std::optional<std::string> message(std::string_view text) {
-  const auto result = messageOfText(text);
+  const auto result = messageOfText(text, {});
   EXPECT_TRUE(result) << result.reason();
   return result ? *result : std::nullopt;
 }
@@ -51,11 +51,29 @@ TEST(MessageText, HasLineFeedsAlone) {
 
 TEST(MessageText, MustBeUTF8) {
   EXPECT_EQ(messageOfText("Gr\xfc\xdf"
-                          "e")
+                          "e",
+                          {})
                 .reason(),
             "the message is not valid UTF-8 text");
-  EXPECT_EQ(messageOfText("\xff").reason(), "the message is not valid UTF-8 text");
-  EXPECT_EQ(messageOfText(std::string("a\0b", 3)).reason(), "the message is not valid UTF-8 text");
+  EXPECT_EQ(messageOfText("\xff", {}).reason(), "the message is not valid UTF-8 text");
+  EXPECT_EQ(messageOfText(std::string("a\0b", 3), {}).reason(),
+            "the message is not valid UTF-8 text");
   EXPECT_EQ(message("Grüße 文書"), "Grüße 文書");
   EXPECT_EQ(message("Fix it\n" + endLine + "\n\xff"), "Fix it");
+}
+
+TEST(MessageText, IsNotTheListOfItemsWhereTheLineAboveThemWasDeleted) {
+  const std::vector<std::string> items = {"modified /wc/a b.txt", "added /wc/c.txt"};
+  const std::string reason =
+      "the line that ends the message was deleted, but not the items below it";
+  EXPECT_EQ(messageOfText("Fix it\n\nmodified /wc/a b.txt\nadded /wc/c.txt\n", items).reason(),
+            reason);
+  EXPECT_EQ(messageOfText("\n\nadded /wc/c.txt", items).reason(), reason);
+  EXPECT_EQ(messageOfText("modified /wc/a\nb.txt\n", items).reason(), reason);
+  const auto replaced = messageOfText("Fix it in c.txt\n", items);
+  ASSERT_TRUE(replaced) << replaced.reason();
+  EXPECT_EQ(*replaced, "Fix it in c.txt");
+  const auto quoted = messageOfText("Fix: added /wc/c.txt\n" + messageTemplate(items), items);
+  ASSERT_TRUE(quoted) << quoted.reason();
+  EXPECT_EQ(*quoted, "Fix: added /wc/c.txt");
 }

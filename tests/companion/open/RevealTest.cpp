@@ -3,7 +3,10 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
+#include "platform/linux/FileDescriptor.h"
 #include "tests/companion/open/OpenSession.h"
 #include "tests/support/ServiceStandIn.h"
 
@@ -115,4 +118,20 @@ TEST_F(Reveal, FailsWhereNothingShowsFolders) {
   const CommandResult result = session.open(session.leave("reveal", {session / "wc/a"}));
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("halvern: " + session / "wc" + ": cannot be shown: "));
+}
+
+TEST_F(Reveal, GivesUpOnASessionBusThatDoesNotAnswer) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  const std::string path = session / "silent";
+  ASSERT_LT(path.size(), sizeof address.sun_path);
+  path.copy(address.sun_path, path.size());
+  // The kernel connects whoever comes; nobody ever speaks with them.
+  const platform::FileDescriptor bus(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(bind(bus, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(bus, 8), 0);
+  session.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path);
+  const CommandResult result = session.open(session.leave("reveal", {session / "wc/a"}));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errors, "halvern: the session bus does not answer\n");
 }

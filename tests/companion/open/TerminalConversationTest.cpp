@@ -1,6 +1,8 @@
 // Asking in a terminal.
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/companion/open/OpenSession.h"
 #include "tests/support/PseudoTerminal.h"
@@ -45,6 +47,22 @@ TEST_F(TerminalConversation, RevertsOnAYesAlone) {
   EXPECT_EQ(answered("n\n"), "n\nnothing was reverted\n");
   EXPECT_EQ(answered("yesterday\n"), "yesterday\nnothing was reverted\n");
   EXPECT_THAT(answered("\x04"), HasSubstr("\nnothing was reverted\n"));
+}
+
+TEST_F(TerminalConversation, TakesNothingForAnAnswerThatWasTypedBeforeTheQuestion) {
+  const std::string start = session / "start";
+  ASSERT_EQ(mkfifo(start.c_str(), 0600), 0);
+  const std::vector<std::string> command = session.command(session.leave("revert", {"/wc/a"}));
+  PseudoTerminal terminal({"/bin/sh", "-c",
+                           "echo ready; read line < '" + start + "'; exec '" + command[0] +
+                               "' open '" + command[2] + "'"},
+                          session.environment());
+  ASSERT_TRUE(terminal.waitFor("ready"));
+  terminal.type("y\n");
+  std::ofstream(start) << "now\n";
+  EXPECT_TRUE(terminal.waitFor("[y/N] "));
+  terminal.type("n\n");
+  EXPECT_THAT(terminal.waitForEnd().output, EndsWith("[y/N] n\nnothing was reverted\n"));
 }
 
 TEST_F(TerminalConversation, CutsLongLists) {
@@ -125,6 +143,47 @@ TEST_F(TerminalConversation, KeepsAMessageThatIsNotUTF8) {
   ASSERT_THAT(session.keptMessages(), SizeIs(1));
   EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n");
   EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, LeavesWhatTheEditorMadeOfTheFileWhereItCannotBeRead) {
+  session.set("EDITOR", session.install("move", "mv \"$1\" \"$1.old\"\nmkfifo \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
+  const std::string folder = session.temporaryFiles().front();
+  EXPECT_EQ(result.output, "halvern: the message: " + folder +
+                               "/commit message.txt: Not a regular file; what was written is left "
+                               "in " +
+                               folder + "\n");
+  EXPECT_THAT(readFileForTest(folder + "/commit message.txt.old"), HasSubstr("/wc/a\n"));
+}
+
+TEST_F(TerminalConversation, LeavesAMessageThatIsTooLarge) {
+  session.set("EDITOR", session.install("large", "truncate -s 1G \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
+  EXPECT_THAT(result.output, HasSubstr("commit message.txt: File too large; what was written is "
+                                       "left in " +
+                                       session.temporaryFiles().front()));
+}
+
+TEST_F(TerminalConversation, LeavesNothingOfAFileThatTheEditorHasDeleted) {
+  session.set("EDITOR", session.install("delete", "rm \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, EndsWith("commit message.txt: No such file or directory\n"));
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, KeepsATextFromWhichTheEndOfTheMessageWasDeleted) {
+  session.set("EDITOR", session.install("delete", "printf 'Fix it\n\n/wc/a\n' > \"$1\"\n"));
+  const CommandResult result = committed();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, StartsWith("halvern: the line that ends the message was deleted, but "
+                                        "not the items below it; the message is kept in "));
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Fix it\n\n/wc/a\n\n");
 }
 
 TEST_F(TerminalConversation, LeavesTheKeysThatInterruptToTheEditor) {
