@@ -43,9 +43,9 @@ Outcome FakeFileManager::removeItem(const FileURL &url) {
   if (lastingPaths.contains(url.path())) {
     return Outcome::failure("it lasts");
   }
-  for (auto &[path, entries] : contents) {
-    std::erase_if(entries, [&](const DirectoryEntry &entry) {
-      return path + "/" + entry.name == url.path();
+  for (auto &directory : contents) {
+    std::erase_if(directory.second, [&](const DirectoryEntry &entry) {
+      return directory.first + "/" + entry.name == url.path();
     });
   }
   return Done();
