@@ -96,18 +96,6 @@ TEST(CommandRequest, RefusesWrongValues) {
             "one of its paths holds a NUL byte");
 }
 
-TEST(CommandRequest, HoldsTheLargestSelectionThatTheExtensionTakes) {
-  // 100,000 paths in 16 MiB of urls, every other byte an "&".
-  std::string path = "/";
-  while (path.size() < (16 << 20) / 100'000 - std::string("file://").size()) {
-    path += path.size() % 2 == 0 ? "x" : "&";
-  }
-  const auto request = requestFromPropertyList(
-      platform::xmlPropertyList(command({{"paths", Array(100'000, path)}})).value());
-  ASSERT_TRUE(request) << request.reason();
-  EXPECT_EQ(request->paths, Strings(100'000, path));
-}
-
 TEST(CommandRequest, RefusesWhatIsNoPropertyListOrTooLarge) {
   EXPECT_EQ(requestFromPropertyList("").reason(),
             "the command cannot be carried out: Not a property list");
