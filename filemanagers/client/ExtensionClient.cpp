@@ -1,0 +1,86 @@
+#include "filemanagers/client/ExtensionClient.h"
+
+#include <utility>
+
+namespace filemanagers {
+
+using platform::FIMenuKind;
+using platform::Menu;
+
+ExtensionClient::ExtensionClient(ExtensionLink &extension, MainLoop &mainLoop, Display display)
+    : extension_(extension),
+      display_(std::move(display)),
+      items_(extension, mainLoop, display_.redraw),
+      presence_(extension, mainLoop, [this] { return !items_.isEmpty(); }) {}
+
+const std::string &ExtensionClient::showItem(const std::string &path) {
+  static const std::string none;
+  presence_.request();
+  const auto icon = iconNames_.find(items_.show(path));
+  return icon == iconNames_.end() ? none : icon->second;
+}
+
+void ExtensionClient::hideItem(const std::string &path) {
+  items_.hide(path);
+}
+
+const Menu *ExtensionClient::menuForItems(const std::vector<std::string> &paths) {
+  if (!menu_.isKnown()) {
+    presence_.request();
+  }
+  return menu_.forItems(paths);
+}
+
+const Menu *ExtensionClient::menuForFolder(const std::string &path) {
+  if (!menu_.isKnown()) {
+    presence_.request();
+  }
+  return menu_.forFolder(path);
+}
+
+void ExtensionClient::performAction(const std::string &action, const MenuSelection &selection) {
+  extension_.performAction(action, selection);
+}
+
+void ExtensionClient::appeared() {
+  presence_.appeared();
+  extension_.requestMenu(FIMenuKind::contextualMenuForItems);
+  extension_.requestMenu(FIMenuKind::contextualMenuForContainer);
+}
+
+void ExtensionClient::vanished() {
+  items_.awaitNextExtension();
+  presence_.vanished();
+}
+
+void ExtensionClient::isMissing() {
+  presence_.isMissing();
+  menu_.clear();
+  display_.menuChanged();
+  items_.clear();
+}
+
+void ExtensionClient::takeIconNames(const IconNames &iconNames) {
+  iconNames_ = iconNames;
+}
+
+void ExtensionClient::takeDirectories(const std::vector<std::string> &directories) {
+  menu_.setDirectories(directories);
+  display_.menuChanged();
+  items_.setDirectories(directories);
+}
+
+void ExtensionClient::takeAnswers(const Badges &badges) {
+  items_.takeAnswers(badges);
+}
+
+void ExtensionClient::takeChanges(const Badges &badges) {
+  items_.takeChanges(badges);
+}
+
+void ExtensionClient::takeMenu(FIMenuKind kind, const Menu &menu) {
+  menu_.take(kind, menu);
+  display_.menuChanged();
+}
+
+}  // namespace filemanagers
