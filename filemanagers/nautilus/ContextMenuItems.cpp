@@ -33,8 +33,9 @@ ObjectHandle<MenuItem> makeItem(const std::string &name, const std::string &titl
   for (const char character : title) {
     label += character == '_' ? "__" : std::string(1, character);
   }
-  return ObjectHandle<MenuItem>(HALVERN_FUNCTION(menu_item_new)(("Halvern::" + name).c_str(),
-                                                                label.c_str(), nullptr, nullptr));
+  // Caja ends in a crash where an item has no tip.
+  return ObjectHandle<MenuItem>(
+      HALVERN_FUNCTION(menu_item_new)(("Halvern::" + name).c_str(), label.c_str(), "", nullptr));
 }
 
 // Null for what the file manager has no item for.
