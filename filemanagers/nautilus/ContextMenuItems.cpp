@@ -33,7 +33,7 @@ ObjectHandle<MenuItem> makeItem(const std::string &name, const std::string &titl
   for (const char character : title) {
     label += character == '_' ? "__" : std::string(1, character);
   }
-  // Caja ends in a crash where an item has no tip.
+  // Nemo and Caja make no item without a tip.
   return ObjectHandle<MenuItem>(
       HALVERN_FUNCTION(menu_item_new)(("Halvern::" + name).c_str(), label.c_str(), "", nullptr));
 }
