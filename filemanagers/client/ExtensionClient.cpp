@@ -24,17 +24,19 @@ void ExtensionClient::hideItem(const std::string &path) {
   items_.hide(path);
 }
 
-const Menu *ExtensionClient::menuForItems(const std::vector<std::string> &paths) {
+void ExtensionClient::prepareMenu() {
   if (!menu_.isKnown()) {
     presence_.request();
   }
+}
+
+const Menu *ExtensionClient::menuForItems(const std::vector<std::string> &paths) {
+  prepareMenu();
   return menu_.forItems(paths);
 }
 
 const Menu *ExtensionClient::menuForFolder(const std::string &path) {
-  if (!menu_.isKnown()) {
-    presence_.request();
-  }
+  prepareMenu();
   return menu_.forFolder(path);
 }
 

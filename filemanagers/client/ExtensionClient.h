@@ -32,9 +32,14 @@ class ExtensionClient final : public ExtensionEvents {
   void hideItem(const std::string &path);
 
   // The menu for selected items, and for the background of a folder. Null where there is none,
-  // which is so also at first, when it has to be asked for. Valid until the main loop turns.
+  // which is so also at first, when it has to be asked for. A path that is empty (no local file) is
+  // outside. Valid until the main loop turns.
   const platform::Menu *menuForItems(const std::vector<std::string> &paths);
   const platform::Menu *menuForFolder(const std::string &path);
+
+  // Has the extension started for the menu, ahead of the first question. For file managers without
+  // badges, which otherwise need it only when a menu is to be shown.
+  void prepareMenu();
 
   void performAction(const std::string &action, const MenuSelection &selection);
 

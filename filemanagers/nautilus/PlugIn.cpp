@@ -1,6 +1,43 @@
 #include "filemanagers/nautilus/PlugIn.h"
 
+#include <utility>
+
+#include "filemanagers/glib/ContextMenuItems.h"
+#include "filemanagers/glib/LocalPath.h"
+
 namespace filemanagers {
+
+namespace {
+
+std::string pathOf(FileInfo *file) {
+  return pathOfLocation(HALVERN_FUNCTION(file_info_get_location)(file));
+}
+
+// Nemo and Caja make no item without a tip.
+constexpr MenuItemMaker menuItemMaker = {
+    .makeItem =
+        [](const char *name, const char *label) {
+          return G_OBJECT(HALVERN_FUNCTION(menu_item_new)(name, label, "", nullptr));
+        },
+#if defined(HALVERN_FOR_NEMO)
+    .makeSeparator = [](const char *name) { return G_OBJECT(nemo_menu_item_new_separator(name)); },
+#else
+    .makeSeparator = nullptr,
+#endif
+    .makeMenu = [] { return G_OBJECT(HALVERN_FUNCTION(menu_new)()); },
+    .append =
+        [](GObject *menu, GObject *item) {
+          HALVERN_FUNCTION(menu_append_item)
+          (reinterpret_cast<Menu *>(menu), reinterpret_cast<MenuItem *>(item));
+        },
+    .setSubmenu =
+        [](GObject *item, GObject *menu) {
+          HALVERN_FUNCTION(menu_item_set_submenu)
+          (reinterpret_cast<MenuItem *>(item), reinterpret_cast<Menu *>(menu));
+        },
+};
+
+}  // namespace
 
 // Never destroyed, since the file manager's objects may end after all that could destroy it.
 PlugIn &PlugIn::instance() {
@@ -49,13 +86,16 @@ void PlugIn::menuChanged() {
   }
 }
 
-std::string pathOf(FileInfo *file) {
-  const platform::ObjectHandle<GFile> location(HALVERN_FUNCTION(file_info_get_location)(file));
-  if (location == nullptr || g_file_is_native(location.get()) == FALSE) {
-    return "";
+GList *PlugIn::menuItemsForFiles(GList *files) {
+  std::vector<std::string> paths;
+  for (const GList *link = files; link != nullptr; link = link->next) {
+    paths.push_back(pathOf(static_cast<FileInfo *>(link->data)));
   }
-  const platform::StringHandle path(g_file_get_path(location.get()));
-  return path == nullptr ? "" : path.get();
+  return menuItemsForPaths(menuItemMaker, client_, std::move(paths));
+}
+
+GList *PlugIn::menuItemsForFolder(FileInfo *folder) {
+  return filemanagers::menuItemsForFolder(menuItemMaker, client_, pathOf(folder));
 }
 
 }  // namespace filemanagers

@@ -20,10 +20,12 @@ class PlugIn {
   PlugIn(const PlugIn &) = delete;
   PlugIn &operator=(const PlugIn &) = delete;
 
-  ExtensionClient &client() { return client_; }
-
   // The name of the icon to draw on the file now, empty for none.
   const std::string &showFile(FileInfo *file);
+
+  // The menus for selected files and for the background of a folder, as lists of new items.
+  GList *menuItemsForFiles(GList *files);
+  GList *menuItemsForFolder(FileInfo *folder);
 
   // A provider that the file manager asks for menus, until it is gone.
   void addMenuProvider(GObject *provider);
@@ -40,8 +42,5 @@ class PlugIn {
   ShownFiles files_;
   std::set<GObject *> menuProviders_;
 };
-
-// The path of a local file, empty for any other.
-std::string pathOf(FileInfo *file);
 
 }  // namespace filemanagers

@@ -1,8 +1,4 @@
 // What the file manager loads: a type that provides badges and menus, which pass everything on.
-#include <utility>
-#include <vector>
-
-#include "filemanagers/nautilus/ContextMenuItems.h"
 #include "filemanagers/nautilus/Dialect.h"
 #include "filemanagers/nautilus/PlugIn.h"
 
@@ -24,28 +20,6 @@ OperationResult updateFileInfo(InfoProvider *, FileInfo *file, GClosure *, Opera
 // No update lasts.
 void cancelUpdate(InfoProvider *, OperationHandle *) {}
 
-GList *fileItems(GList *files) {
-  MenuSelection selection;
-  for (const GList *link = files; link != nullptr; link = link->next) {
-    std::string path = pathOf(static_cast<FileInfo *>(link->data));
-    if (path.empty()) {
-      return nullptr;
-    }
-    selection.selected.push_back(std::move(path));
-  }
-  const platform::Menu *menu = PlugIn::instance().client().menuForItems(selection.selected);
-  return makeMenuItems(menu, std::move(selection));
-}
-
-GList *backgroundItems(FileInfo *folder) {
-  MenuSelection selection;
-  selection.targeted = pathOf(folder);
-  const platform::Menu *menu = selection.targeted.empty()
-                                   ? nullptr
-                                   : PlugIn::instance().client().menuForFolder(selection.targeted);
-  return makeMenuItems(menu, std::move(selection));
-}
-
 void initializeInfoProvider(gpointer interface, gpointer) {
   auto &provider = *static_cast<InfoProviderInterface *>(interface);
   provider.update_file_info = updateFileInfo;
@@ -55,16 +29,18 @@ void initializeInfoProvider(gpointer interface, gpointer) {
 void initializeMenuProvider(gpointer interface, gpointer) {
   auto &provider = *static_cast<MenuProviderInterface *>(interface);
 #if defined(HALVERN_FOR_NAUTILUS)
-  provider.get_file_items = [](MenuProvider *, GList *files) { return fileItems(files); };
+  provider.get_file_items = [](MenuProvider *, GList *files) {
+    return PlugIn::instance().menuItemsForFiles(files);
+  };
   provider.get_background_items = [](MenuProvider *, FileInfo *folder) {
-    return backgroundItems(folder);
+    return PlugIn::instance().menuItemsForFolder(folder);
   };
 #else
   provider.get_file_items = [](MenuProvider *, GtkWidget *, GList *files) {
-    return fileItems(files);
+    return PlugIn::instance().menuItemsForFiles(files);
   };
   provider.get_background_items = [](MenuProvider *, GtkWidget *, FileInfo *folder) {
-    return backgroundItems(folder);
+    return PlugIn::instance().menuItemsForFolder(folder);
   };
 #endif
 }
