@@ -13,6 +13,12 @@ std::string pathOf(FileInfo *file) {
   return pathOfLocation(HALVERN_FUNCTION(file_info_get_location)(file));
 }
 
+#if defined(HALVERN_FOR_NAUTILUS)
+bool exists(GObject *file) {
+  return nautilus_file_info_is_gone(NAUTILUS_FILE_INFO(file)) == FALSE;
+}
+#endif
+
 // Nemo and Caja make no item without a tip.
 constexpr MenuItemMaker menuItemMaker = {
     .makeItem =
@@ -49,7 +55,15 @@ PlugIn::PlugIn()
     : client_(link_, mainLoop_,
               {.redraw = [this](const std::string &path) { redraw(path); },
                .menuChanged = [this] { menuChanged(); }}),
-      files_([this](const std::string &path) { client_.hideItem(path); }) {
+      files_([this](const std::string &path) { client_.hideItem(path); })
+#if defined(HALVERN_FOR_NAUTILUS)
+      ,
+      folders_(mainLoop_,
+               {.itemsByFolder = [this] { return files_.pathsByFolder(exists); },
+                .redraw = [this](const std::string &path) { redraw(path); },
+                .leave = [this](const std::string &folder) { files_.removeFolder(folder); }})
+#endif
+{
   link_.open(client_);
 }
 
@@ -60,6 +74,9 @@ const std::string &PlugIn::showFile(FileInfo *file) {
     return none;
   }
   files_.add(G_OBJECT(file), path);
+#if defined(HALVERN_FOR_NAUTILUS)
+  folders_.take(path);
+#endif
   return client_.showItem(path);
 }
 

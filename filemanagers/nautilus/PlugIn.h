@@ -6,6 +6,7 @@
 #include <string>
 
 #include "filemanagers/client/ExtensionClient.h"
+#include "filemanagers/client/FolderProbe.h"
 #include "filemanagers/glib/BusLink.h"
 #include "filemanagers/glib/GLibMainLoop.h"
 #include "filemanagers/nautilus/Dialect.h"
@@ -40,6 +41,9 @@ class PlugIn {
   BusLink link_;
   ExtensionClient client_;
   ShownFiles files_;
+#if defined(HALVERN_FOR_NAUTILUS)
+  FolderProbe folders_;  // since Nautilus keeps the file objects of folders that it has left
+#endif
   std::set<GObject *> menuProviders_;
 };
 

@@ -2,6 +2,9 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
+
+#include "filemanagers/client/PathTree.h"
 
 namespace filemanagers {
 
@@ -44,6 +47,31 @@ void ShownFiles::add(GObject *file, const std::string &path) {
 GObject *ShownFiles::find(const std::string &path) const {
   const auto found = files_.find(path);
   return found == files_.end() ? nullptr : found->second;
+}
+
+std::map<std::string, std::string> ShownFiles::pathsByFolder(
+    const std::function<bool(GObject *)> &predicate) const {
+  std::map<std::string, std::string> paths;
+  for (const auto &[path, file] : files_) {
+    if (predicate(file)) {
+      paths.try_emplace(std::string(folderOf(path)), path);
+    }
+  }
+  return paths;
+}
+
+void ShownFiles::removeFolder(const std::string &folder) {
+  std::vector<std::string> gone;
+  std::erase_if(files_, [&](const auto &entry) {
+    const bool isInFolder = folderOf(entry.first) == folder;
+    if (isInFolder) {
+      gone.push_back(entry.first);
+    }
+    return isInFolder;
+  });
+  for (const std::string &path : gone) {
+    gone_(path);
+  }
 }
 
 }  // namespace filemanagers

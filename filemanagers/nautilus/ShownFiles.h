@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 #include <unordered_map>
 
@@ -20,6 +21,13 @@ class ShownFiles {
 
   // The object that was added last for the path; null for none.
   GObject *find(const std::string &path) const;
+
+  // Of each folder one path, of a file of which the predicate holds.
+  std::map<std::string, std::string> pathsByFolder(
+      const std::function<bool(GObject *)> &predicate) const;
+
+  // What is shown of the folder is gone, although its objects live on.
+  void removeFolder(const std::string &folder);
 
  private:
   struct Mark;
