@@ -12,16 +12,17 @@ cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configur
 cmake --build --preset $(1) $(if $(2),--target $(2)) -- -j$(JOBS)
 endef
 
-.PHONY: help deps run test check-long bench contact-sheet install format lint clean
+.PHONY: help deps run test check-long bench contact-sheet install package format lint clean
 
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
-	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies"
+	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages"
 	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
+	@echo "make package          build Debian packages into build/packages"
 	@echo "make deps             install the Debian packages that are missing"
 	@echo "make format, lint     format the sources; check their format and run the linter"
 	@echo "make clean            remove everything that was built"
@@ -36,7 +37,8 @@ run: deps
 test: deps
 	@JOBS=$(JOBS) tools/test
 
-check-long: deps
+check-long:
+	@tools/install-dependencies debhelper lintian xvfb caja nautilus nemo thunar
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
@@ -51,6 +53,10 @@ install: deps
 	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF
 	cmake --build build/install -- -j$(JOBS)
 	DESTDIR="$(DESTDIR)" cmake --install build/install
+
+package:
+	@tools/install-dependencies debhelper
+	@JOBS=$(JOBS) tools/package
 
 format:
 	clang-format-14 -i $$(tools/sources)
