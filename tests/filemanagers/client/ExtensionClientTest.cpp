@@ -35,7 +35,7 @@ class ExtensionClientTest : public ::testing::Test {
   // What the extension has been asked since the last time, once the main loop has turned.
   Strings asked() {
     loop.runUntilIdle();
-    const Strings calls = extension.journal.calls();
+    Strings calls = extension.journal.calls();
     extension.journal.clear();
     return calls;
   }

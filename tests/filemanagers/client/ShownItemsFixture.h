@@ -33,7 +33,7 @@ class ShownItemsFixture : public ::testing::Test {
   Strings asked() {
     loop.runUntilIdle();
     extension.requests.clear();
-    const Strings calls = extension.journal.calls();
+    Strings calls = extension.journal.calls();
     extension.journal.clear();
     return calls;
   }
