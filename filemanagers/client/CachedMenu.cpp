@@ -1,6 +1,7 @@
 #include "filemanagers/client/CachedMenu.h"
 
-#include <string_view>
+#include <algorithm>
+#include <utility>
 
 #include "filemanagers/client/PathTree.h"
 
@@ -8,26 +9,31 @@ namespace filemanagers {
 
 using platform::FIMenuKind;
 using platform::Menu;
+using platform::MenuItem;
+
+namespace {
+
+bool isSame(const Menu &a, const Menu &b) {
+  const auto isSameItem = [](const MenuItem &c, const MenuItem &d) {
+    return c.isSeparator == d.isSeparator && c.title == d.title && c.action == d.action &&
+           (c.submenu == nullptr || d.submenu == nullptr ? c.submenu == d.submenu
+                                                         : isSame(*c.submenu, *d.submenu));
+  };
+  return a.title == b.title &&
+         std::equal(a.items.begin(), a.items.end(), b.items.begin(), b.items.end(), isSameItem);
+}
+
+}  // namespace
 
 const Menu *CachedMenu::forItems(const std::vector<std::string> &paths) const {
-  std::string_view folder;  // of the items before, which is inside
-  for (const std::string &path : paths) {
-    if (!folder.empty() && folderOf(path) == folder) {
-      continue;
-    }
-    if (innermostOf(directories_, path) == directories_.end()) {
-      return nullptr;
-    }
-    // A directory's own folder may be outside.
-    folder = directories_.contains(path) ? std::string_view() : folderOf(path);
-  }
-  return paths.empty() ? nullptr : menuOf(FIMenuKind::contextualMenuForItems);
+  return paths.empty() || !areAllInside(paths, directories_)
+             ? nullptr
+             : menuOf(FIMenuKind::contextualMenuForItems);
 }
 
 const Menu *CachedMenu::forFolder(const std::string &path) const {
-  return innermostOf(directories_, path) == directories_.end()
-             ? nullptr
-             : menuOf(FIMenuKind::contextualMenuForContainer);
+  return areAllInside({path}, directories_) ? menuOf(FIMenuKind::contextualMenuForContainer)
+                                            : nullptr;
 }
 
 const Menu *CachedMenu::menuOf(FIMenuKind kind) const {
@@ -35,17 +41,23 @@ const Menu *CachedMenu::menuOf(FIMenuKind kind) const {
   return found == menus_.end() || found->second.items.empty() ? nullptr : &found->second;
 }
 
-void CachedMenu::setDirectories(const std::vector<std::string> &directories) {
-  directories_ = {directories.begin(), directories.end()};
+bool CachedMenu::setDirectories(const std::vector<std::string> &directories) {
+  const Directories earlier = std::exchange(directories_, {directories.begin(), directories.end()});
+  return directories_ != earlier;
 }
 
-void CachedMenu::take(FIMenuKind kind, const Menu &menu) {
-  menus_[kind] = menu;
+bool CachedMenu::take(FIMenuKind kind, const Menu &menu) {
+  const auto [entry, isNew] = menus_.try_emplace(kind);
+  const bool isAnother = isNew || !isSame(entry->second, menu);
+  entry->second = menu;
+  return isAnother;
 }
 
-void CachedMenu::clear() {
+bool CachedMenu::clear() {
+  const bool hadAny = isKnown() || !directories_.empty();
   directories_.clear();
   menus_.clear();
+  return hadAny;
 }
 
 }  // namespace filemanagers

@@ -21,14 +21,17 @@ class CachedMenu {
 
   bool isKnown() const { return !menus_.empty(); }
 
-  void setDirectories(const std::vector<std::string> &directories);
-  void take(platform::FIMenuKind kind, const platform::Menu &menu);
-  void clear();
+  // These tell whether it is another one now.
+  bool setDirectories(const std::vector<std::string> &directories);
+  bool take(platform::FIMenuKind kind, const platform::Menu &menu);
+  bool clear();
 
  private:
+  using Directories = std::set<std::string, std::less<>>;
+
   const platform::Menu *menuOf(platform::FIMenuKind kind) const;
 
-  std::set<std::string, std::less<>> directories_;
+  Directories directories_;
   std::map<platform::FIMenuKind, platform::Menu> menus_;
 };
 

@@ -57,8 +57,7 @@ void ExtensionClient::vanished() {
 
 void ExtensionClient::isMissing() {
   presence_.isMissing();
-  menu_.clear();
-  display_.menuChanged();
+  tellMenuChanged(menu_.clear());
   items_.clear();
 }
 
@@ -67,8 +66,7 @@ void ExtensionClient::takeIconNames(const IconNames &iconNames) {
 }
 
 void ExtensionClient::takeDirectories(const std::vector<std::string> &directories) {
-  menu_.setDirectories(directories);
-  display_.menuChanged();
+  tellMenuChanged(menu_.setDirectories(directories));
   items_.setDirectories(directories);
 }
 
@@ -81,8 +79,13 @@ void ExtensionClient::takeChanges(const Badges &badges) {
 }
 
 void ExtensionClient::takeMenu(FIMenuKind kind, const Menu &menu) {
-  menu_.take(kind, menu);
-  display_.menuChanged();
+  tellMenuChanged(menu_.take(kind, menu));
+}
+
+void ExtensionClient::tellMenuChanged(bool isAnother) {
+  if (isAnother) {
+    display_.menuChanged();
+  }
 }
 
 }  // namespace filemanagers

@@ -23,7 +23,7 @@ class ExtensionClient final : public ExtensionEvents {
     std::function<void()> menuChanged;                    // what the menu calls answer
   };
 
-  // Both references must outlive this object.
+  // Both references must outlive this object, after which the main loop must not turn any more.
   ExtensionClient(ExtensionLink &extension, MainLoop &mainLoop, Display display);
 
   // The name of the icon to draw on the item now, empty for none. The item is shown from then on,
@@ -55,6 +55,8 @@ class ExtensionClient final : public ExtensionEvents {
   void takeMenu(platform::FIMenuKind kind, const platform::Menu &menu) override;
 
  private:
+  void tellMenuChanged(bool isAnother);
+
   ExtensionLink &extension_;
   const Display display_;
   ShownItems items_;

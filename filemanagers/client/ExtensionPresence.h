@@ -1,5 +1,5 @@
-// Whether the extension is running, and when it is started again. Says nothing and costs nothing
-// where it is not installed.
+// Whether the extension is running, and when it is started. Says nothing and costs nothing where it
+// is not installed.
 #pragma once
 
 #include <chrono>
@@ -15,8 +15,6 @@ class ExtensionPresence {
   // `isNeeded` tells whether an extension that has ended is to be started again by itself.
   ExtensionPresence(ExtensionLink &extension, MainLoop &mainLoop, std::function<bool()> isNeeded);
 
-  bool isThere() const { return isThere_; }
-
   // Somebody needs the extension now. Starts it soon if it is not there, but never more often than
   // an extension that does not come, or does not stay, is started again.
   void request();
@@ -26,17 +24,26 @@ class ExtensionPresence {
   void isMissing();
 
  private:
-  void planStart(bool isRequested);
+  enum class Phase {
+    absent,   // nothing is known to be against starting it
+    resting,  // it was started or has ended a short while ago
+    missing,  // it has turned out lately not to be installed
+    there,
+  };
+
+  void enter(Phase phase, std::chrono::seconds duration, std::function<void()> atEnd);
+  void rest();
+  void start();
 
   ExtensionLink &extension_;
   MainLoop &mainLoop_;
   const std::function<bool()> isNeeded_;
 
-  bool isThere_ = false;
-  bool mayStart_ = true;  // false for a while after it turned out not to be installed
-  bool willStart_ = false;
-  std::chrono::seconds startDelay_{0};  // of the next start
-  unsigned lifeCount_ = 0;              // of appearances
+  Phase phase_ = Phase::absent;
+  unsigned phaseCount_ = 0;
+  bool isRequested_ = false;  // and not started since
+  bool willStart_ = false;    // in the main loop's next turn
+  std::chrono::seconds restDuration_{0};
 };
 
 }  // namespace filemanagers

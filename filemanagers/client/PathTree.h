@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace filemanagers {
 
@@ -19,16 +20,37 @@ inline bool isBelow(std::string_view path, std::string_view folder) {
                              path[folder.size()] == '/';
 }
 
-// In a set or a map of folders, the innermost that is the item or holds it; its end if there is
+// In a set or a map of folders, the outermost that is the item or holds it; its end if there is
 // none.
 template <typename Folders>
-auto innermostOf(Folders &folders, std::string_view path) {
-  for (;; path = folderOf(path)) {
+auto outermostOf(Folders &folders, std::string_view path) {
+  auto outermost = folders.end();
+  for (; path.starts_with('/'); path = folderOf(path)) {
     const auto found = folders.find(path);
-    if (found != folders.end() || path.size() <= 1) {
-      return found;
+    outermost = found == folders.end() ? outermost : found;
+    if (path == "/") {
+      break;
     }
   }
+  return outermost;
+}
+
+// Whether each item is one of the folders or somewhere in one. Items of one folder that follow each
+// other are looked up once.
+template <typename Folders>
+bool areAllInside(const std::vector<std::string> &paths, const Folders &folders) {
+  std::string_view insideFolder;  // of the item before; empty where only that item is inside
+  for (const std::string &path : paths) {
+    if (!insideFolder.empty() && folderOf(path) == insideFolder) {
+      continue;
+    }
+    if (outermostOf(folders, path) == folders.end()) {
+      return false;
+    }
+    const std::string_view folder = folderOf(path);
+    insideFolder = outermostOf(folders, folder) == folders.end() ? std::string_view() : folder;
+  }
+  return true;
 }
 
 }  // namespace filemanagers

@@ -29,14 +29,15 @@ const std::string &ShownItems::show(const std::string &path) {
   const auto [entry, isNew] = items_.try_emplace(path);
   Item &item = entry->second;
   if (isNew) {
-    const auto directory = innermostOf(directories_, path);
-    item.isInside = directory != directories_.end();
+    const auto directory = outermostOf(outerDirectories_, path);
+    item.isInside = directory != outerDirectories_.end();
     if (item.isInside) {
       ++directory->second.shownCount;
       want(path, item);
     }
   }
-  return item.badge;
+  item.drawn = item.badge;
+  return item.drawn;
 }
 
 void ShownItems::hide(const std::string &path) {
@@ -51,33 +52,26 @@ void ShownItems::hide(const std::string &path) {
 }
 
 bool ShownItems::isSettled() const {
-  return std::all_of(items_.begin(), items_.end(), [](const auto &entry) {
-    const Item &item = entry.second;
-    return item.isKnown == item.isInside && !item.isWanted && item.questionCount == 0;
-  });
+  return areDirectoriesKnown_ && std::all_of(items_.begin(), items_.end(), [](const auto &entry) {
+           const Item &item = entry.second;
+           return item.isKnown == item.isInside && !item.isWanted && item.questionCount == 0;
+         });
 }
 
 void ShownItems::leaveDirectory(const std::string &path) {
-  const auto directory = innermostOf(directories_, path);
-  if (--directory->second.shownCount == 0 && !std::exchange(willEndObservations_, true)) {
-    mainLoop_.callAfter(observationLinger, [this] {
-      willEndObservations_ = false;
-      endNeedlessObservations();
-    });
+  OuterDirectory &directory = outermostOf(outerDirectories_, path)->second;
+  if (--directory.shownCount == 0) {
+    directory.mayStayVacant = willEndObservations_;
+    planEndOfObservations();
   }
 }
 
 void ShownItems::setDirectories(const std::vector<std::string> &directories) {
-  auto earlier = std::exchange(directories_, {});
-  for (const std::string &path : directories) {
-    Directory &directory = directories_[path];
-    if (const auto found = earlier.find(path); found != earlier.end()) {
-      directory.observedFolders = std::move(found->second.observedFolders);
-    }
-  }
+  areDirectoriesKnown_ = true;
+  setOuterDirectories(directories);
   for (auto &[path, item] : items_) {
-    const auto directory = innermostOf(directories_, path);
-    const bool wasInside = std::exchange(item.isInside, directory != directories_.end());
+    const auto directory = outermostOf(outerDirectories_, path);
+    const bool wasInside = std::exchange(item.isInside, directory != outerDirectories_.end());
     if (item.isInside) {
       ++directory->second.shownCount;
       if (!wasInside) {
@@ -90,6 +84,25 @@ void ShownItems::setDirectories(const std::vector<std::string> &directories) {
     }
   }
   redrawDrawn();
+}
+
+// What was observed in a directory that is one no more, the extension has dropped by itself.
+void ShownItems::setOuterDirectories(const std::vector<std::string> &directories) {
+  directories_ = {directories.begin(), directories.end()};
+  const OuterDirectories earlier = std::exchange(outerDirectories_, {});
+  for (const std::string &path : directories_) {
+    if (outermostOf(directories_, path) == directories_.find(path)) {
+      outerDirectories_[path];
+    }
+  }
+  for (const auto &[path, directory] : earlier) {
+    for (const std::string &folder : directory.observedFolders) {
+      const auto found = outermostOf(outerDirectories_, folder);
+      if (found != outerDirectories_.end()) {
+        found->second.observedFolders.insert(folder);
+      }
+    }
+  }
 }
 
 void ShownItems::takeAnswers(const ExtensionEvents::Badges &badges) {
@@ -115,12 +128,15 @@ void ShownItems::takeAnswers(const ExtensionEvents::Badges &badges) {
   redrawDrawn();
 }
 
+// An answer that is on its way may be from before the change.
 void ShownItems::takeChanges(const ExtensionEvents::Badges &badges) {
   for (const auto &[path, badge] : badges) {
     const auto entry = items_.find(path);
     if (entry != items_.end() && entry->second.isInside) {
-      entry->second.isKnown = true;
-      draw(path, entry->second, badge);
+      Item &item = entry->second;
+      item.isKnown = true;
+      item.isOutdated = item.questionCount > 0;
+      draw(path, item, badge);
     }
   }
   // Something in a directory has changed that names no item, such as a commit: it may concern all.
@@ -133,7 +149,7 @@ void ShownItems::takeChanges(const ExtensionEvents::Badges &badges) {
         continue;
       }
       if (item.questionCount > 0) {
-        item.isOutdated = true;  // the answer that is on its way may be from before
+        item.isOutdated = true;
       } else {
         want(path, item);
       }
@@ -144,10 +160,13 @@ void ShownItems::takeChanges(const ExtensionEvents::Badges &badges) {
 
 void ShownItems::awaitNextExtension() {
   directories_.clear();
+  outerDirectories_.clear();
+  areDirectoriesKnown_ = false;
   wanted_.clear();
   for (auto &[path, item] : items_) {
     Item next;
     next.badge = std::move(item.badge);
+    next.drawn = std::move(item.drawn);
     item = std::move(next);
   }
 }
@@ -161,8 +180,8 @@ void ShownItems::clear() {
 }
 
 void ShownItems::draw(const std::string &path, Item &item, const std::string &badge) {
-  if (item.badge != badge) {
-    item.badge = badge;
+  item.badge = badge;
+  if (item.badge != item.drawn) {
     redraws_.push_back(path);
   }
 }
@@ -170,7 +189,11 @@ void ShownItems::draw(const std::string &path, Item &item, const std::string &ba
 // When all of a message is taken in, since the file manager may show and hide items meanwhile.
 void ShownItems::redrawDrawn() {
   for (const std::string &path : std::exchange(redraws_, {})) {
-    redraw_(path);
+    const auto entry = items_.find(path);
+    if (entry != items_.end() && entry->second.drawn != entry->second.badge) {
+      entry->second.drawn = entry->second.badge;
+      redraw_(path);
+    }
   }
 }
 
@@ -217,19 +240,34 @@ void ShownItems::askForWanted() {
 
 void ShownItems::observeFolderOf(const std::string &path) {
   const std::string folder(folderOf(path));
-  const auto directory = innermostOf(directories_, folder);
-  if (directory != directories_.end() && directory->second.observedFolders.insert(folder).second) {
+  const auto directory = outermostOf(outerDirectories_, folder);
+  if (directory != outerDirectories_.end() &&
+      directory->second.observedFolders.insert(folder).second) {
     extension_.beginObserving(folder);
+  }
+}
+
+void ShownItems::planEndOfObservations() {
+  if (!std::exchange(willEndObservations_, true)) {
+    mainLoop_.callAfter(observationLinger, [this] {
+      willEndObservations_ = false;
+      endNeedlessObservations();
+    });
   }
 }
 
 // An end drops all that the extension knows of the folder's directory.
 void ShownItems::endNeedlessObservations() {
-  for (auto &[path, directory] : directories_) {
-    if (directory.shownCount == 0) {
-      for (const std::string &folder : std::exchange(directory.observedFolders, {})) {
-        extension_.endObserving(folder);
-      }
+  for (auto &[path, directory] : outerDirectories_) {
+    if (directory.shownCount > 0 || directory.observedFolders.empty()) {
+      continue;
+    }
+    if (std::exchange(directory.mayStayVacant, false)) {
+      planEndOfObservations();
+      continue;
+    }
+    for (const std::string &folder : std::exchange(directory.observedFolders, {})) {
+      extension_.endObserving(folder);
     }
   }
 }

@@ -20,8 +20,8 @@ namespace filemanagers {
 
 class ShownItems {
  public:
-  // `redraw` is called for a shown item whose badge has become another one than `show` told last.
-  // It may show and hide items.
+  // `redraw` is called for a shown item whose badge has become another one than the file manager
+  // was told last, by `show` or by a redraw. It may show and hide items.
   ShownItems(ExtensionLink &extension, MainLoop &mainLoop,
              std::function<void(const std::string &path)> redraw);
 
@@ -33,7 +33,7 @@ class ShownItems {
 
   bool isEmpty() const { return items_.empty(); }
 
-  // Whether every shown item's badge is known and no question is under way.
+  // Whether the directories and every shown item's badge are known, and no question is under way.
   bool isSettled() const;
 
   // The directories of the running extension, for the first time or changed.
@@ -49,7 +49,8 @@ class ShownItems {
 
  private:
   struct Item {
-    std::string badge;           // that is drawn
+    std::string badge;           // that the extension told last
+    std::string drawn;           // that the file manager was told last
     bool isInside = false;       // of the directories
     bool isKnown = false;        // its answer is there
     bool isOutdated = false;     // it may have changed since its last question
@@ -57,15 +58,21 @@ class ShownItems {
     unsigned questionCount = 0;  // those without an answer
   };
 
-  struct Directory {
+  // One that is in no other.
+  struct OuterDirectory {
     std::size_t shownCount = 0;
     std::set<std::string> observedFolders;
+    bool mayStayVacant = false;  // beyond the next look, since it was left after the last one
   };
 
+  using OuterDirectories = std::map<std::string, OuterDirectory, std::less<>>;
+
+  void setOuterDirectories(const std::vector<std::string> &directories);
   void leaveDirectory(const std::string &path);
   void want(const std::string &path, Item &item);
   void askForWanted();
   void observeFolderOf(const std::string &path);
+  void planEndOfObservations();
   void endNeedlessObservations();
   void draw(const std::string &path, Item &item, const std::string &badge);
   void redrawDrawn();
@@ -74,8 +81,11 @@ class ShownItems {
   MainLoop &mainLoop_;
   const std::function<void(const std::string &path)> redraw_;
 
-  // Empty while no extension is there.
-  std::map<std::string, Directory, std::less<>> directories_;
+  // Empty and not known while no extension is there. A directory may be in another; since the
+  // extension then answers from either, they count as one where its observation ends.
+  std::set<std::string, std::less<>> directories_;
+  OuterDirectories outerDirectories_;
+  bool areDirectoriesKnown_ = false;
 
   std::unordered_map<std::string, Item> items_;
   std::vector<std::string>

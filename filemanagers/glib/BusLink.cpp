@@ -63,9 +63,12 @@ bool isCancelled(const ErrorHandle &error) {
 struct BusLink::Callbacks {
   static void connected(GObject *, GAsyncResult *result, gpointer self) {
     ErrorHandle error;
-    const ObjectHandle<GDBusConnection> connection(g_bus_get_finish(result, ErrorOut(error)));
+    ObjectHandle<GDBusConnection> connection(g_bus_get_finish(result, ErrorOut(error)));
     if (connection != nullptr) {
-      static_cast<BusLink *>(self)->makeProxy(connection.get());
+      static_cast<BusLink *>(self)->connection_ = std::move(connection);
+      static_cast<BusLink *>(self)->makeProxy();
+    } else if (!isCancelled(error)) {
+      static_cast<BusLink *>(self)->isNotConnected();
     }
   }
 
@@ -75,6 +78,8 @@ struct BusLink::Callbacks {
         halvern_finder_sync1_proxy_new_finish(result, ErrorOut(error)));
     if (proxy != nullptr) {
       static_cast<BusLink *>(data)->takeProxy(std::move(proxy));
+    } else if (!isCancelled(error)) {
+      static_cast<BusLink *>(data)->isNotConnected();
     }
   }
 
@@ -92,9 +97,14 @@ struct BusLink::Callbacks {
     }
   }
 
-  static void propertiesChanged(GDBusProxy *, GVariant *changed, const char *const *,
-                                gpointer self) {
-    static_cast<BusLink *>(self)->takeProperties(changed);
+  static void propertiesChanged(GDBusConnection *, const char *sender, const char *, const char *,
+                                const char *, GVariant *arguments, gpointer data) {
+    auto &self = *static_cast<BusLink *>(data);
+    if (self.isThere_ && self.owner() == sender &&
+        g_variant_is_of_type(arguments, G_VARIANT_TYPE("(sa{sv}as)")) != FALSE) {
+      const VariantHandle changed(g_variant_get_child_value(arguments, 1));
+      self.takeProperties(changed.get());
+    }
   }
 
   static void badgesSet(HalvernFinderSync1 *, GVariant *badges, gpointer self) {
@@ -127,10 +137,10 @@ struct BusLink::Callbacks {
   }
 
   // Whoever chose the command sees nothing happen, so it is said where such things are looked up.
-  static void actionEnded(GObject *proxy, GAsyncResult *result, gpointer) {
+  static void actionEnded(GObject *connection, GAsyncResult *result, gpointer) {
     ErrorHandle error;
-    halvern_finder_sync1_call_perform_menu_action_finish(HALVERN_FINDER_SYNC1(proxy), result,
-                                                         ErrorOut(error));
+    const VariantHandle reply(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, ErrorOut(error)));
     if (error != nullptr && !isCancelled(error)) {
       g_dbus_error_strip_remote_error(error.get());
       g_warning("The command was not carried out: %s", error->message);
@@ -145,35 +155,57 @@ BusLink::~BusLink() {
   g_cancellable_cancel(processCancellable_.get());
   if (proxy_ != nullptr) {
     g_signal_handlers_disconnect_by_data(proxy_.get(), this);
+    g_dbus_connection_signal_unsubscribe(connection_.get(), propertiesSubscription_);
   }
 }
 
 void BusLink::open(ExtensionEvents &events) {
   events_ = &events;
-  g_bus_get(G_BUS_TYPE_SESSION, cancellable_.get(), Callbacks::connected, this);
+  connect();
 }
 
 void BusLink::open(ExtensionEvents &events, GDBusConnection *connection) {
-  events_ = &events;
-  makeProxy(connection);
+  connection_.reset(G_DBUS_CONNECTION(g_object_ref(connection)));
+  open(events);
 }
 
-// The properties are asked for here, with more patience than the proxy has.
-void BusLink::makeProxy(GDBusConnection *connection) {
+void BusLink::connect() {
+  isConnecting_ = true;
+  if (connection_ == nullptr) {
+    g_bus_get(G_BUS_TYPE_SESSION, cancellable_.get(), Callbacks::connected, this);
+  } else {
+    makeProxy();
+  }
+}
+
+// The properties are asked for here, with more patience than the proxy has, which then does not
+// listen to their changes either.
+void BusLink::makeProxy() {
   const auto flags =
       static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
                                    G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION);
-  halvern_finder_sync1_proxy_new(connection, flags, platform::finderSyncBusName,
+  halvern_finder_sync1_proxy_new(connection_.get(), flags, platform::finderSyncBusName,
                                  platform::finderSyncObjectPath, cancellable_.get(),
                                  Callbacks::proxyMade, this);
 }
 
+// It is tried again when the extension is to be started the next time.
+void BusLink::isNotConnected() {
+  isConnecting_ = false;
+  if (std::exchange(startsWhenConnected_, false)) {
+    events_->isMissing();
+  }
+}
+
 void BusLink::takeProxy(ObjectHandle<HalvernFinderSync1> proxy) {
+  isConnecting_ = false;
   proxy_ = std::move(proxy);
   g_dbus_proxy_set_default_timeout(G_DBUS_PROXY(proxy_.get()), forever);
   g_signal_connect(proxy_.get(), "notify::g-name-owner", G_CALLBACK(Callbacks::ownerChanged), this);
-  g_signal_connect(proxy_.get(), "g-properties-changed", G_CALLBACK(Callbacks::propertiesChanged),
-                   this);
+  propertiesSubscription_ = g_dbus_connection_signal_subscribe(
+      connection_.get(), platform::finderSyncBusName, propertiesInterface, "PropertiesChanged",
+      platform::finderSyncObjectPath, platform::finderSyncInterface, G_DBUS_SIGNAL_FLAGS_NONE,
+      Callbacks::propertiesChanged, this, nullptr);
   g_signal_connect(proxy_.get(), "badge-identifiers-set", G_CALLBACK(Callbacks::badgesSet), this);
   g_signal_connect(proxy_.get(), "badge-identifiers-changed", G_CALLBACK(Callbacks::badgesChanged),
                    this);
@@ -189,8 +221,7 @@ void BusLink::ownerChanged() {
     processCancellable_.reset(g_cancellable_new());
     events_->vanished();
   }
-  const platform::StringHandle owner(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(proxy_.get())));
-  if (owner == nullptr) {
+  if (owner().empty()) {
     return;
   }
   isThere_ = true;
@@ -199,6 +230,11 @@ void BusLink::ownerChanged() {
                     g_variant_new("(s)", platform::finderSyncInterface), G_DBUS_CALL_FLAGS_NONE,
                     forever, processCancellable_.get(), Callbacks::propertiesArrived, this);
   events_->appeared();
+}
+
+std::string BusLink::owner() const {
+  const platform::StringHandle owner(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(proxy_.get())));
+  return owner == nullptr ? "" : owner.get();
 }
 
 void BusLink::takeProperties(GVariant *properties) {
@@ -233,13 +269,15 @@ void BusLink::takeProperties(GVariant *properties) {
 void BusLink::start() {
   if (proxy_ == nullptr) {
     startsWhenConnected_ = true;
+    if (!isConnecting_) {
+      connect();
+    }
     return;
   }
   g_dbus_connection_call(
-      g_dbus_proxy_get_connection(G_DBUS_PROXY(proxy_.get())), "org.freedesktop.DBus",
-      "/org/freedesktop/DBus", "org.freedesktop.DBus", "StartServiceByName",
-      g_variant_new("(su)", platform::finderSyncBusName, 0U), nullptr, G_DBUS_CALL_FLAGS_NONE,
-      forever, cancellable_.get(), Callbacks::startEnded, this);
+      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      "StartServiceByName", g_variant_new("(su)", platform::finderSyncBusName, 0U), nullptr,
+      G_DBUS_CALL_FLAGS_NONE, forever, cancellable_.get(), Callbacks::startEnded, this);
 }
 
 void BusLink::requestBadges(const std::vector<std::string> &paths) {
@@ -269,17 +307,20 @@ void BusLink::requestMenu(FIMenuKind kind) {
       this);
 }
 
+// To whoever has the name when it arrives, or is started for it; the proxy would call the process
+// that had it last.
 void BusLink::performAction(const std::string &action, const MenuSelection &selection) {
-  if (proxy_ == nullptr) {
+  if (connection_ == nullptr) {
     return;
   }
   const auto selected = urlsOfPaths(selection.selected);
   const std::string targeted = selection.targeted.empty() ? "" : urlOfFolder(selection.targeted);
-  GVariantBuilder platformData;
-  g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
-  halvern_finder_sync1_call_perform_menu_action(
-      proxy_.get(), action.c_str(), selected.get(), targeted.c_str(),
-      g_variant_builder_end(&platformData), cancellable_.get(), Callbacks::actionEnded, nullptr);
+  g_dbus_connection_call(
+      connection_.get(), platform::finderSyncBusName, platform::finderSyncObjectPath,
+      platform::finderSyncInterface, "PerformMenuAction",
+      g_variant_new("(s^assa{sv})", action.c_str(), selected.get(), targeted.c_str(), nullptr),
+      nullptr, G_DBUS_CALL_FLAGS_NONE, forever, cancellable_.get(), Callbacks::actionEnded,
+      nullptr);
 }
 
 }  // namespace filemanagers

@@ -1,5 +1,5 @@
 // The extension by way of the session bus, on GIO. Never waits: each answer arrives while the
-// default main context turns. Where there is no bus, it says and does nothing.
+// default main context turns. Where there is no bus, the extension is missing.
 #pragma once
 
 #include <string>
@@ -33,16 +33,22 @@ class BusLink final : public ExtensionLink {
  private:
   struct Callbacks;
 
-  void makeProxy(GDBusConnection *connection);
+  void connect();
+  void makeProxy();
+  void isNotConnected();
   void takeProxy(platform::ObjectHandle<HalvernFinderSync1> proxy);
   void ownerChanged();
+  std::string owner() const;  // of the name; empty for none
   void takeProperties(GVariant *properties);
 
   const platform::ObjectHandle<GCancellable> cancellable_;   // of what lasts as long as this object
   platform::ObjectHandle<GCancellable> processCancellable_;  // of what is asked of one process
-  platform::ObjectHandle<HalvernFinderSync1> proxy_;         // null while there is no connection
+  platform::ObjectHandle<GDBusConnection> connection_;       // null until it stands
+  platform::ObjectHandle<HalvernFinderSync1> proxy_;         // the same
+  guint propertiesSubscription_ = 0;
   ExtensionEvents *events_ = nullptr;
   bool isThere_ = false;
+  bool isConnecting_ = false;
   bool startsWhenConnected_ = false;
 };
 

@@ -46,6 +46,10 @@ ExtensionStandIn::ExtensionStandIn(const PrivateBus &bus, const Paths &directori
   connection_ = bus.connect();
   skeleton_.reset(halvern_finder_sync1_skeleton_new());
   publishDirectories(skeleton_.get(), directories);
+  halvern_finder_sync1_set_badges(
+      skeleton_.get(), g_variant_new_parsed("[('modified', 'Modified', 'emblem-halvern-modified'),"
+                                            " ('added', 'Added', 'emblem-halvern-added'),"
+                                            " ('locked', 'Locked', 'emblem-halvern-locked')]"));
   connectHandlers();
   ErrorHandle error;
   VariantHandle reply;
@@ -72,6 +76,7 @@ ExtensionStandIn::ExtensionStandIn(const PrivateBus &bus, const Paths &directori
 }
 
 ExtensionStandIn::~ExtensionStandIn() {
+  resume();
   runInThread([this] { g_main_loop_quit(loop_.get()); });
   thread_.join();
   g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr);
@@ -115,6 +120,15 @@ struct ExtensionStandIn::Handlers {
     return TRUE;
   }
 
+  static gboolean menu(Skeleton *skeleton, Invocation *invocation, guint /*kind*/,
+                       const char *const * /*selected*/, const char * /*targeted*/,
+                       ExtensionStandIn * /*self*/) {
+    halvern_finder_sync1_complete_menu_for_menu_kind(
+        skeleton, invocation,
+        g_variant_new_parsed("[('Stand-in', [('item', 'Update', 'updateItems:')])]"));
+    return TRUE;
+  }
+
   template <Paths ExtensionStandIn::*folders, auto complete>
   static gboolean noteFolder(Skeleton *skeleton, Invocation *invocation, const char *url,
                              ExtensionStandIn *self) {
@@ -132,6 +146,7 @@ void ExtensionStandIn::connectHandlers() {
     g_signal_connect(skeleton_.get(), signal, G_CALLBACK(handler), this);
   };
   connect("handle-request-badge-identifiers", &Handlers::requestBadges);
+  connect("handle-menu-for-menu-kind", &Handlers::menu);
   connect("handle-begin-observing-directory",
           &Handlers::noteFolder<&ExtensionStandIn::begunFolders_,
                                 halvern_finder_sync1_complete_begin_observing_directory>);
@@ -140,20 +155,49 @@ void ExtensionStandIn::connectHandlers() {
                                 halvern_finder_sync1_complete_end_observing_directory>);
 }
 
+// Runs in the thread, before any message that arrives from now on is handled.
+Handle<GSource, g_source_unref> ExtensionStandIn::attach(GSourceFunc function,
+                                                         gpointer data) const {
+  Handle<GSource, g_source_unref> source(g_idle_source_new());
+  g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
+  g_source_set_callback(source.get(), function, data, nullptr);
+  g_source_attach(source.get(), context_.get());
+  return source;
+}
+
 // Returns when the work is done there.
 void ExtensionStandIn::runInThread(const std::function<void()> &work) const {
   std::packaged_task<void()> task(work);
-  const Handle<GSource, g_source_unref> source(g_idle_source_new());
-  g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
-  g_source_set_callback(
-      source.get(),
+  const auto source = attach(
       [](gpointer data) -> gboolean {
         (*static_cast<std::packaged_task<void()> *>(data))();
         return G_SOURCE_REMOVE;
       },
-      &task, nullptr);
-  g_source_attach(source.get(), context_.get());
+      &task);
   task.get_future().get();
+}
+
+void ExtensionStandIn::stop() {
+  {
+    const std::lock_guard lock(mutex_);
+    isStopped_ = true;
+  }
+  attach(
+      [](gpointer data) -> gboolean {
+        auto &self = *static_cast<ExtensionStandIn *>(data);
+        std::unique_lock lock(self.mutex_);
+        self.isResumed_.wait(lock, [&self] { return !self.isStopped_; });
+        return G_SOURCE_REMOVE;
+      },
+      this);
+}
+
+void ExtensionStandIn::resume() {
+  {
+    const std::lock_guard lock(mutex_);
+    isStopped_ = false;
+  }
+  isResumed_.notify_all();
 }
 
 void ExtensionStandIn::setBadge(const std::string &path, const std::string &badge) {

@@ -19,7 +19,8 @@ class ExtensionStandIn {
   enum class OnRequest { answers, staysSilent, leavesTheBus };
   using Paths = std::vector<std::string>;
 
-  // Has the name when it is made.
+  // Has the name when it is made. Its badges are "modified", "added" and "locked", with the icons
+  // that the extension gives them; its menu has one item, "Stand-in", with one entry.
   ExtensionStandIn(const PrivateBus &bus, const Paths &directories,
                    OnRequest onRequest = OnRequest::answers);
 
@@ -40,6 +41,10 @@ class ExtensionStandIn {
   void holdAnswers();
   void releaseAnswers();
 
+  // Handles nothing until it is resumed, as a process that was stopped.
+  void stop();
+  void resume();
+
   // The paths of each request so far, in the order of arrival. Those that are answered at once have
   // their answers on the bus.
   std::vector<Paths> requests() const;
@@ -56,6 +61,7 @@ class ExtensionStandIn {
 
   void connectHandlers();
   void runInThread(const std::function<void()> &work) const;
+  platform::Handle<GSource, g_source_unref> attach(GSourceFunc function, gpointer data) const;
   void emit(const char *client, const char *signal, const Paths &urls);
 
   const OnRequest onRequest_;
@@ -67,6 +73,8 @@ class ExtensionStandIn {
   // Guarded by the mutex.
   mutable std::mutex mutex_;
   mutable std::condition_variable hasRequest_;
+  std::condition_variable isResumed_;
+  bool isStopped_ = false;
   std::map<std::string, std::string> badges_;
   std::vector<Paths> requests_;
   Paths begunFolders_;
