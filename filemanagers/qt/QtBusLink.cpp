@@ -25,7 +25,7 @@ constexpr const char *busDaemonPath = "/org/freedesktop/DBus";
 constexpr const char *propertiesInterface = "org.freedesktop.DBus.Properties";
 
 // Nobody waits for the answers, and an extension that was stopped for a while still gives them.
-constexpr int unlimited = std::numeric_limits<int>::max();  // milliseconds
+constexpr int forever = std::numeric_limits<int>::max();  // milliseconds
 
 QString urlOfFolder(const std::string &path) {
   return QString::fromStdString(FileURL::fromPath(path, true).text());
@@ -93,7 +93,7 @@ void QtBusLink::open(ExtensionEvents &events, const QDBusConnection &connection)
 void QtBusLink::askForOwner() {
   QDBusMessage call = callOfDaemon("GetNameOwner");
   call << QString(platform::finderSyncBusName);
-  whenEnded(connection_.asyncCall(call, unlimited), this, [this](const QDBusPendingCall &ended) {
+  whenEnded(connection_.asyncCall(call, forever), this, [this](const QDBusPendingCall &ended) {
     const QDBusPendingReply<QString> reply = ended;
     if (!reply.isError()) {
       takeOwner(reply.value());
@@ -115,7 +115,7 @@ void QtBusLink::takeOwner(const QString &owner) {
   }
   proxy_ =
       std::make_unique<HalvernFinderSyncProxy>(owner, platform::finderSyncObjectPath, connection_);
-  proxy_->setTimeout(unlimited);
+  proxy_->setTimeout(forever);
   listen();
   askForProperties();
   events_->appeared();
@@ -141,7 +141,7 @@ void QtBusLink::askForProperties() {
   QDBusMessage call = QDBusMessage::createMethodCall(proxy_->service(), proxy_->path(),
                                                      propertiesInterface, "GetAll");
   call << QString(platform::finderSyncInterface);
-  whenEnded(connection_.asyncCall(call, unlimited), proxy_.get(),
+  whenEnded(connection_.asyncCall(call, forever), proxy_.get(),
             [this](const QDBusPendingCall &ended) {
               const QDBusPendingReply<QVariantMap> reply = ended;
               if (!reply.isError()) {
@@ -179,9 +179,13 @@ void QtBusLink::takeProperties(const QVariantMap &properties) {
 }
 
 void QtBusLink::start() {
+  if (!connection_.isConnected()) {
+    events_->isMissing();
+    return;
+  }
   QDBusMessage call = callOfDaemon("StartServiceByName");
   call << QString(platform::finderSyncBusName) << 0U;
-  whenEnded(connection_.asyncCall(call, unlimited), this, [this](const QDBusPendingCall &ended) {
+  whenEnded(connection_.asyncCall(call, forever), this, [this](const QDBusPendingCall &ended) {
     if (ended.isError() && ended.error().type() == QDBusError::ServiceUnknown) {
       events_->isMissing();
     }
@@ -219,7 +223,7 @@ void QtBusLink::performAction(const std::string &action, const MenuSelection &se
        << (selection.targeted.empty() ? QString("") : urlOfFolder(selection.targeted))
        << QVariantMap();
   // Whoever chose the command sees nothing happen, so it is said where such things are looked up.
-  whenEnded(connection_.asyncCall(call, unlimited), this, [](const QDBusPendingCall &ended) {
+  whenEnded(connection_.asyncCall(call, forever), this, [](const QDBusPendingCall &ended) {
     if (ended.isError()) {
       qWarning().noquote() << "The command was not carried out:" << ended.error().message();
     }

@@ -1,5 +1,5 @@
 // The extension by way of the session bus, on QtDBus. Never waits for the bus: each answer arrives
-// while the event loop turns. Where there is no bus, it says and does nothing.
+// while the event loop turns. Where there is no bus, the extension is missing.
 //
 // QtDBus itself waits for the bus wherever it looks up who owns a name. So nothing here is bound to
 // the extension's name but messages, which need no look-up; proxy and signals are bound to the
