@@ -1,6 +1,5 @@
 #include "filemanagers/qt/QtBusLink.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
@@ -87,7 +86,37 @@ void QtBusLink::open(ExtensionEvents &events, const QDBusConnection &connection)
   connect(watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString &, const QString &, const QString &owner) { takeOwner(owner); });
   watcher.release();  // this object's
+  listen();
   askForOwner();
+}
+
+void QtBusLink::listen() {
+  const QString anybody;
+  connection_.connect(anybody, platform::finderSyncObjectPath, platform::finderSyncInterface,
+                      "BadgeIdentifiersSet", this,
+                      SLOT(badgeIdentifiersSet(filemanagers::BadgesMessage, QDBusMessage)));
+  connection_.connect(anybody, platform::finderSyncObjectPath, platform::finderSyncInterface,
+                      "BadgeIdentifiersChanged", this,
+                      SLOT(badgeIdentifiersChanged(filemanagers::BadgesMessage, QDBusMessage)));
+  connection_.connect(anybody, platform::finderSyncObjectPath, propertiesInterface,
+                      "PropertiesChanged", this,
+                      SLOT(propertiesChanged(QString, QVariantMap, QStringList, QDBusMessage)));
+}
+
+bool QtBusLink::isOfExtension(const QDBusMessage &signal) const {
+  return proxy_ != nullptr && signal.service() == proxy_->service();
+}
+
+void QtBusLink::badgeIdentifiersSet(const BadgesMessage &badges, const QDBusMessage &signal) {
+  if (isOfExtension(signal)) {
+    events_->takeAnswers(badgesOf(badges));
+  }
+}
+
+void QtBusLink::badgeIdentifiersChanged(const BadgesMessage &badges, const QDBusMessage &signal) {
+  if (isOfExtension(signal)) {
+    events_->takeChanges(badgesOf(badges));
+  }
 }
 
 void QtBusLink::askForOwner() {
@@ -106,7 +135,6 @@ void QtBusLink::takeOwner(const QString &owner) {
     return;
   }
   if (proxy_ != nullptr) {
-    stopListening();
     proxy_.reset();
     events_->vanished();
   }
@@ -116,25 +144,8 @@ void QtBusLink::takeOwner(const QString &owner) {
   proxy_ =
       std::make_unique<HalvernFinderSyncProxy>(owner, platform::finderSyncObjectPath, connection_);
   proxy_->setTimeout(forever);
-  listen();
   askForProperties();
   events_->appeared();
-}
-
-void QtBusLink::listen() {
-  connect(proxy_.get(), &HalvernFinderSyncProxy::BadgeIdentifiersSet, this,
-          [this](const BadgesMessage &badges) { events_->takeAnswers(badgesOf(badges)); });
-  connect(proxy_.get(), &HalvernFinderSyncProxy::BadgeIdentifiersChanged, this,
-          [this](const BadgesMessage &badges) { events_->takeChanges(badgesOf(badges)); });
-  connection_.connect(proxy_->service(), proxy_->path(), propertiesInterface, "PropertiesChanged",
-                      this, SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
-}
-
-// What listens by a slot's name is not bound to the proxy.
-void QtBusLink::stopListening() {
-  connection_.disconnect(proxy_->service(), proxy_->path(), propertiesInterface,
-                         "PropertiesChanged", this,
-                         SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
 }
 
 void QtBusLink::askForProperties() {
@@ -151,8 +162,8 @@ void QtBusLink::askForProperties() {
 }
 
 void QtBusLink::propertiesChanged(const QString &interface, const QVariantMap &changed,
-                                  const QStringList & /*invalidated*/) {
-  if (interface == QLatin1String(platform::finderSyncInterface)) {
+                                  const QStringList & /*invalidated*/, const QDBusMessage &signal) {
+  if (isOfExtension(signal) && interface == QLatin1String(platform::finderSyncInterface)) {
     takeProperties(changed);
   }
 }

@@ -1,12 +1,14 @@
 // The extension by way of the session bus, on QtDBus. Never waits for the bus: each answer arrives
 // while the event loop turns. Where there is no bus, the extension is missing.
 //
-// QtDBus itself waits for the bus wherever it looks up who owns a name. So nothing here is bound to
-// the extension's name but messages, which need no look-up; proxy and signals are bound to the
-// process that has it.
+// QtDBus itself waits for the bus wherever it looks up who owns a name: when a proxy is made for
+// one, and when a signal of one, even of a process's own, is connected. So the proxy is made for
+// the process that has the extension's name, signals are taken from anybody and then sorted out,
+// and what has to start the extension is sent as a bare message.
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "filemanagers/client/ExtensionLink.h"
+#include "filemanagers/qt/BusMessages.h"
 
 class HalvernFinderSyncProxy;
 
@@ -42,14 +45,17 @@ class QtBusLink final : public QObject, public ExtensionLink {
   void performAction(const std::string &action, const MenuSelection &selection) override;
 
  private Q_SLOTS:
+  void badgeIdentifiersSet(const filemanagers::BadgesMessage &badges, const QDBusMessage &signal);
+  void badgeIdentifiersChanged(const filemanagers::BadgesMessage &badges,
+                               const QDBusMessage &signal);
   void propertiesChanged(const QString &interface, const QVariantMap &changed,
-                         const QStringList &invalidated);
+                         const QStringList &invalidated, const QDBusMessage &signal);
 
  private:
+  void listen();
   void askForOwner();
   void takeOwner(const QString &owner);
-  void listen();
-  void stopListening();
+  bool isOfExtension(const QDBusMessage &signal) const;
   void askForProperties();
   void takeProperties(const QVariantMap &properties);
 

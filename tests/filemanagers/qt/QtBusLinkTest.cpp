@@ -1,4 +1,6 @@
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -162,11 +164,19 @@ TEST_F(QtBusLinkTest, PerformsAnActionWithItsSelection) {
 }
 
 TEST_F(QtBusLinkTest, TakesAnAnswerOfAnotherShapeForNone) {
-  const ServiceStandIn extension(bus, standInFor("([('Halvern', 1)],)"));
+  ServiceStandIn::Description description = standInFor("([('Halvern', 1)],)");
+  const std::string shape = "a(sa(sss))";
+  description.interface.replace(description.interface.find(shape), shape.size(), "a(si)");
+  const ServiceStandIn extension(bus, description);
   openUntilAppeared();
   link->requestMenu(FIMenuKind::contextualMenuForItems);
-  EXPECT_THAT(extension.waitForCalls(1), ElementsAre("MenuForMenuKind(0, [], '')"));
-  link->start();  // the answer to this comes later
+  // The answer to this comes after the one to that.
+  const QDBusPendingCall later = connection.asyncCall(
+      QDBusMessage::createMethodCall(busName, objectPath, interfaceName, "MenuForMenuKind")
+      << 0U << QStringList() << QString(""));
+  EXPECT_TRUE(turnQtLoopUntil([&] { return later.isFinished(); }));
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(later.isError());
   EXPECT_THAT(events.lines, ElementsAre("appeared"));
 }
 
