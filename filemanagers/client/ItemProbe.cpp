@@ -1,0 +1,91 @@
+#include "filemanagers/client/ItemProbe.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "filemanagers/client/PathTree.h"
+
+namespace filemanagers {
+
+namespace {
+
+// After the first item of a new folder, when the view of the old one is surely gone; and then the
+// time in which also a busy file manager asks.
+constexpr std::chrono::seconds probeDelay{5};
+constexpr std::chrono::seconds answerDelay{10};
+
+// How much the number of items may grow without a probe, at least.
+constexpr std::size_t smallestGrowth = 1'000;
+
+// As many redraws as nobody notices.
+constexpr std::size_t redrawCountPerTurn = 250;
+
+}  // namespace
+
+ItemProbe::ItemProbe(MainLoop &mainLoop, FileManager fileManager)
+    : mainLoop_(mainLoop), fileManager_(std::move(fileManager)) {}
+
+void ItemProbe::take(const std::string &path) {
+  const auto [item, isNew] = items_.insert_or_assign(path, true);
+  if (!isNew) {
+    return;
+  }
+  const std::string_view folder = folderOf(path);
+  const bool isOfNewFolder = !folders_.contains(folder);
+  if (isOfNewFolder) {
+    folders_.emplace(folder);
+  }
+  const std::size_t growth = std::max(countAfterProbe_ / 2, smallestGrowth);
+  const bool hasGrown = !isProbing_ && items_.size() > countAfterProbe_ + growth;
+  if (hasGrown || (isOfNewFolder && folders_.size() > 1)) {
+    planProbe();
+  }
+}
+
+void ItemProbe::planProbe() {
+  probesAgain_ = std::exchange(isProbing_, true);
+  if (!probesAgain_) {
+    mainLoop_.callAfter(probeDelay, [this] { probe(); });
+  }
+}
+
+void ItemProbe::probe() {
+  for (auto &[path, wasAskedFor] : items_) {
+    wasAskedFor = false;
+    undrawn_.push_back(path);
+  }
+  redrawNext();
+}
+
+void ItemProbe::redrawNext() {
+  for (std::size_t count = 0; count < redrawCountPerTurn && !undrawn_.empty(); ++count) {
+    const std::string path = std::move(undrawn_.back());
+    undrawn_.pop_back();
+    fileManager_.redraw(path);
+  }
+  if (undrawn_.empty()) {
+    mainLoop_.callAfter(answerDelay, [this] { leaveSilentItems(); });
+  } else {
+    mainLoop_.callSoon([this] { redrawNext(); });
+  }
+}
+
+void ItemProbe::leaveSilentItems() {
+  folders_.clear();
+  std::erase_if(items_, [this](const auto &item) {
+    const auto &[path, wasAskedFor] = item;
+    if (wasAskedFor) {
+      folders_.emplace(folderOf(path));
+    } else {
+      fileManager_.leave(path);
+    }
+    return !wasAskedFor;
+  });
+  countAfterProbe_ = items_.size();
+  isProbing_ = false;
+  if (std::exchange(probesAgain_, false) && folders_.size() > 1) {
+    planProbe();
+  }
+}
+
+}  // namespace filemanagers
