@@ -38,7 +38,7 @@ test: deps
 	@JOBS=$(JOBS) tools/test
 
 check-long:
-	@tools/install-dependencies debhelper lintian xvfb caja nautilus nemo thunar
+	@tools/install-dependencies debhelper lintian xvfb caja dolphin nautilus nemo thunar
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
