@@ -73,7 +73,6 @@ void ExtensionPresence::vanished() {
 }
 
 void ExtensionPresence::isMissing() {
-  isRequested_ = false;
   restDuration_ = std::chrono::seconds(0);
   enter(Phase::missing, missingDuration, [this] { phase_ = Phase::absent; });
 }

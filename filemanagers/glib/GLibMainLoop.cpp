@@ -31,9 +31,10 @@ void GLibMainLoop::callSoon(std::function<void()> function) {
   attach(g_idle_source_new(), std::move(function));
 }
 
-// To the second, so that the system may wake up for several timers at once.
+// Not with GLib's timeouts of whole seconds, which may come a quarter of a second early.
 void GLibMainLoop::callAfter(std::chrono::seconds delay, std::function<void()> function) {
-  attach(g_timeout_source_new_seconds(static_cast<guint>(delay.count())), std::move(function));
+  attach(g_timeout_source_new(static_cast<guint>(std::chrono::milliseconds(delay).count())),
+         std::move(function));
 }
 
 void GLibMainLoop::attach(GSource *source, std::function<void()> function) {

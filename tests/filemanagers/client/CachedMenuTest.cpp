@@ -91,6 +91,34 @@ TEST_F(CachedMenuTest, TheLatestCounts) {
   EXPECT_EQ(titleOf(menu.forItems({"/wc2/a"})), "another");
 }
 
+TEST_F(CachedMenuTest, TellsWhetherItIsAnotherOneNow) {
+  const auto take = [this](const std::string &title, const platform::MenuItem &entry) {
+    Menu top = menuTitled(title);
+    top.items[0].submenu = std::make_shared<const Menu>(Menu{.title = "", .items = {entry}});
+    return menu.take(FIMenuKind::contextualMenuForItems, top);
+  };
+  platform::MenuItem entry;
+  entry.title = "Update";
+  entry.action = "updateItems:";
+  EXPECT_TRUE(take("top", entry));
+  EXPECT_FALSE(take("top", entry));
+  EXPECT_TRUE(take("another top", entry));
+  entry.action = "addItems:";
+  EXPECT_TRUE(take("another top", entry));
+  entry.title = "Add";
+  EXPECT_TRUE(take("another top", entry));
+  EXPECT_TRUE(take("another top", {.isSeparator = true, .title = "", .action = "", .submenu = {}}));
+  EXPECT_TRUE(menu.take(FIMenuKind::contextualMenuForItems, menuTitled("another top")));
+  EXPECT_TRUE(menu.take(FIMenuKind::contextualMenuForItems, Menu()));
+  EXPECT_FALSE(menu.take(FIMenuKind::contextualMenuForItems, Menu()));
+  EXPECT_TRUE(menu.take(FIMenuKind::contextualMenuForContainer, Menu())) << "known now";
+
+  EXPECT_TRUE(menu.setDirectories({"/wc", "/wc2"}));
+  EXPECT_FALSE(menu.setDirectories({"/wc2", "/wc"}));
+  EXPECT_TRUE(menu.clear());
+  EXPECT_FALSE(menu.clear());
+}
+
 TEST_F(CachedMenuTest, ClearedItKnowsNothing) {
   menu.setDirectories({"/wc"});
   takeBoth();

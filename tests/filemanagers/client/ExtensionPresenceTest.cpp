@@ -228,6 +228,17 @@ TEST_F(ExtensionPresenceTest, TheMinuteIsThatAfterTheLastTry) {
   EXPECT_THAT(startsWithin(0), IsEmpty());
 }
 
+TEST_F(ExtensionPresenceTest, OneThatIsInstalledAfterManyTriesIsStartedAgainAfterASecond) {
+  for (int i = 0; i < 8; ++i) {
+    presence.request();
+    startsWithin(60, [this] { presence.isMissing(); });
+  }
+  presence.request();
+  EXPECT_THAT(startsWithin(0), ElementsAre(0));
+  live(0s);
+  EXPECT_THAT(startsWithin(2), ElementsAre(1));
+}
+
 TEST_F(ExtensionPresenceTest, OneThatAppearsThoughItWasMissingIsStartedAgainAfterItsEnd) {
   presence.request();
   startsWithin(0, [this] { presence.isMissing(); });

@@ -108,6 +108,8 @@ TEST_F(ShownItemsChanges, WhatComesInsideIsAskedForAndWhatGoesOutsideIsCleared) 
   EXPECT_THAT(redrawn(), UnorderedElementsAre("/wc", "/wc/a"));
   EXPECT_EQ(items.show("/wc/a"), "");
   EXPECT_THAT(requested(), ElementsAre("/other/c"));
+  items.takeAnswers({{"/other/c", ""}});
+  EXPECT_TRUE(items.isSettled());
 }
 
 TEST_F(ShownItemsChanges, WhatStaysInsideIsNotAskedForAgain) {
@@ -153,6 +155,19 @@ TEST_F(ShownItemsChanges, WhatComesBackWithAQuestionUnderWayIsAskedForAgain) {
   items.takeAnswers({{"/wc/a", "modified"}});
   EXPECT_EQ(items.show("/wc/a"), "modified");
   EXPECT_TRUE(items.isSettled());
+}
+
+TEST_F(ShownItemsChanges, WithTwoQuestionsUnderWayAChangeAsksAgainAfterTheLastAnswer) {
+  show({"/wc/a"});
+  asked();
+  items.setDirectories({});
+  items.setDirectories({"/wc"});
+  asked();
+  items.takeChanges({{"/wc", ""}});
+  items.takeAnswers({{"/wc/a", ""}});
+  EXPECT_THAT(asked(), IsEmpty());
+  items.takeAnswers({{"/wc/a", ""}});
+  EXPECT_THAT(requested(), ElementsAre("/wc/a"));
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ TEST_F(BusLinkPresence, LateAnswersAreTaken) {
   link->requestMenu(platform::FIMenuKind::contextualMenuForItems);
   const char *seconds = std::getenv("HALVERN_SILENT_SECONDS");
   const gint64 end =
-      g_get_monotonic_time() + (seconds == nullptr ? 1 : std::atoi(seconds)) * G_USEC_PER_SEC;
+      g_get_monotonic_time() + gint64{seconds == nullptr ? 1 : std::atoi(seconds)} * G_USEC_PER_SEC;
   while (!turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; })) {
   }
   EXPECT_THAT(lines(), ElementsAre("appeared"));
