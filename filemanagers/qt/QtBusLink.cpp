@@ -57,13 +57,12 @@ QDBusMessage callOfDaemon(const char *method) {
 // Calls the function with the ended call, unless the context is gone then.
 template <typename Function>
 void whenEnded(const QDBusPendingCall &call, QObject *context, Function function) {
-  auto watcher = std::make_unique<QDBusPendingCallWatcher>(call, context);
-  QObject::connect(watcher.get(), &QDBusPendingCallWatcher::finished, context,
+  auto *watcher = std::make_unique<QDBusPendingCallWatcher>(call, context).release();
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, context,
                    [function = std::move(function)](QDBusPendingCallWatcher *ended) {
                      ended->deleteLater();
                      function(*ended);
                    });
-  watcher.release();  // the context's
 }
 
 }  // namespace
@@ -81,11 +80,10 @@ void QtBusLink::open(ExtensionEvents &events) {
 void QtBusLink::open(ExtensionEvents &events, const QDBusConnection &connection) {
   events_ = &events;
   connection_ = connection;
-  auto watcher = std::make_unique<QDBusServiceWatcher>(
-      platform::finderSyncBusName, connection_, QDBusServiceWatcher::WatchForOwnerChange, this);
-  connect(watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
+  watcher_ = std::make_unique<QDBusServiceWatcher>(platform::finderSyncBusName, connection_,
+                                                   QDBusServiceWatcher::WatchForOwnerChange);
+  connect(watcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString &, const QString &, const QString &owner) { takeOwner(owner); });
-  watcher.release();  // this object's
   listen();
   askForOwner();
 }

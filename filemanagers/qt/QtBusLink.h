@@ -9,6 +9,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -61,6 +62,7 @@ class QtBusLink final : public QObject, public ExtensionLink {
 
   QDBusConnection connection_;
   ExtensionEvents *events_ = nullptr;
+  std::unique_ptr<QDBusServiceWatcher> watcher_;
   std::unique_ptr<HalvernFinderSyncProxy> proxy_;  // of the process that is there; null for none
 };
 

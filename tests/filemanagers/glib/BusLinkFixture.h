@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "filemanagers/glib/BusLink.h"
-#include "tests/filemanagers/glib/RecordingExtensionEvents.h"
+#include "tests/filemanagers/client/RecordingExtensionEvents.h"
 #include "tests/support/ExtensionStandIn.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/ServiceStandIn.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "filemanagers/glib/MenuReading.h"
-#include "tests/filemanagers/glib/RecordingExtensionEvents.h"
+#include "tests/filemanagers/client/RecordingExtensionEvents.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/filemanagers/glib/RecordingExtensionEvents.h"
+#include "tests/filemanagers/client/RecordingExtensionEvents.h"
 
 namespace {
 
