@@ -58,10 +58,9 @@ PlugIn::PlugIn()
       files_([this](const std::string &path) { client_.hideItem(path); })
 #if defined(HALVERN_FOR_NAUTILUS)
       ,
-      folders_(mainLoop_,
-               {.itemsByFolder = [this] { return files_.pathsByFolder(exists); },
-                .redraw = [this](const std::string &path) { redraw(path); },
-                .leave = [this](const std::string &folder) { files_.removeFolder(folder); }})
+      folders_(mainLoop_, {.itemsByFolder = [this] { return files_.pathsByFolder(exists); },
+                           .redraw = [this](const std::string &path) { redraw(path); },
+                           .leave = [this](const std::string &folder) { leave(folder); }})
 #endif
 {
   link_.open(client_);
@@ -87,6 +86,15 @@ void PlugIn::redraw(const std::string &path) {
     HALVERN_FUNCTION(file_info_invalidate_extension_info)(reinterpret_cast<FileInfo *>(file));
   }
 }
+
+#if defined(HALVERN_FOR_NAUTILUS)
+// Nautilus keeps what it was told of each file, and would not ask when it shows the folder again.
+void PlugIn::leave(const std::string &folder) {
+  for (const auto &file : files_.removeFolder(folder)) {
+    nautilus_file_info_invalidate_extension_info(NAUTILUS_FILE_INFO(file.get()));
+  }
+}
+#endif
 
 void PlugIn::addMenuProvider(GObject *provider) {
   menuProviders_.insert(provider);

@@ -36,6 +36,9 @@ class PlugIn {
 
   void redraw(const std::string &path);
   void menuChanged();
+#if defined(HALVERN_FOR_NAUTILUS)
+  void leave(const std::string &folder);
+#endif
 
   GLibMainLoop mainLoop_;
   BusLink link_;

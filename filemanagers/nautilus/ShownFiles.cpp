@@ -60,18 +60,21 @@ std::map<std::string, std::string> ShownFiles::pathsByFolder(
   return paths;
 }
 
-void ShownFiles::removeFolder(const std::string &folder) {
+std::vector<platform::ObjectHandle<GObject>> ShownFiles::removeFolder(const std::string &folder) {
   std::vector<std::string> gone;
+  std::vector<platform::ObjectHandle<GObject>> files;
   std::erase_if(files_, [&](const auto &entry) {
     const bool isInFolder = folderOf(entry.first) == folder;
     if (isInFolder) {
       gone.push_back(entry.first);
+      files.emplace_back(G_OBJECT(g_object_ref(entry.second)));
     }
     return isInFolder;
   });
   for (const std::string &path : gone) {
     gone_(path);
   }
+  return files;
 }
 
 }  // namespace filemanagers

@@ -6,8 +6,11 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include <glib-object.h>
+
+#include "platform/linux/GLibHandles.h"
 
 namespace filemanagers {
 
@@ -26,8 +29,8 @@ class ShownFiles {
   std::map<std::string, std::string> pathsByFolder(
       const std::function<bool(GObject *)> &predicate) const;
 
-  // What is shown of the folder is gone, although its objects live on.
-  void removeFolder(const std::string &folder);
+  // What is shown of the folder is gone, although its objects live on. Returns these.
+  std::vector<platform::ObjectHandle<GObject>> removeFolder(const std::string &folder);
 
  private:
   struct Mark;
