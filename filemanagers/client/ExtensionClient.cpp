@@ -15,6 +15,9 @@ ExtensionClient::ExtensionClient(ExtensionLink &extension, MainLoop &mainLoop, D
 
 const std::string &ExtensionClient::showItem(const std::string &path) {
   static const std::string none;
+  if (!isWorthwhile()) {
+    return none;
+  }
   presence_.request();
   const auto icon = iconNames_.find(items_.show(path));
   return icon == iconNames_.end() ? none : icon->second;

@@ -26,6 +26,10 @@ class ExtensionClient final : public ExtensionEvents {
   // Both references must outlive this object, after which the main loop must not turn any more.
   ExtensionClient(ExtensionLink &extension, MainLoop &mainLoop, Display display);
 
+  // Whether it makes sense to show items: not for a while after the extension has turned out not to
+  // be installed, when nothing is remembered.
+  bool isWorthwhile() const { return !presence_.hasBeenMissing(); }
+
   // The name of the icon to draw on the item now, empty for none. The item is shown from then on,
   // and the extension is started for it. Paths are absolute, without a trailing slash.
   const std::string &showItem(const std::string &path);

@@ -15,7 +15,8 @@ namespace filemanagers {
 // What of the file manager a command of the menu is for.
 struct MenuSelection {
   std::vector<std::string> selected;
-  std::string targeted;  // the folder that is shown; empty for none
+  std::string
+      targeted;  // the folder on whose background it was chosen; empty where it was on items
 };
 
 // What the plug-in asks of the extension.

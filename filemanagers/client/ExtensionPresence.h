@@ -19,6 +19,9 @@ class ExtensionPresence {
   // an extension that does not come, or does not stay, is started again.
   void request();
 
+  // Whether it has turned out lately not to be installed.
+  bool hasBeenMissing() const { return phase_ == Phase::missing; }
+
   void appeared();
   void vanished();
   void isMissing();

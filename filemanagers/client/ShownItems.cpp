@@ -33,7 +33,7 @@ const std::string &ShownItems::show(const std::string &path) {
     item.isInside = directory != outerDirectories_.end();
     if (item.isInside) {
       ++directory->second.shownCount;
-      want(path, item);
+      wantAnew(path, item);
     }
   }
   item.drawn = item.badge;
@@ -48,7 +48,23 @@ void ShownItems::hide(const std::string &path) {
   if (entry->second.isInside) {
     leaveDirectory(path);
   }
+  if (entry->second.questionCount > 0) {
+    hiddenQuestions_[path] = entry->second.questionCount;
+  }
   items_.erase(entry);
+}
+
+// What was hidden and is shown again while its question is under way waits for the answer, which
+// may be from before a change.
+void ShownItems::wantAnew(const std::string &path, Item &item) {
+  const auto question = hiddenQuestions_.find(path);
+  if (question == hiddenQuestions_.end()) {
+    want(path, item);
+    return;
+  }
+  item.questionCount = question->second;
+  item.isOutdated = true;
+  hiddenQuestions_.erase(question);
 }
 
 bool ShownItems::isSettled() const {
@@ -83,6 +99,11 @@ void ShownItems::setDirectories(const std::vector<std::string> &directories) {
       draw(path, item, "");
     }
   }
+  if (std::any_of(outerDirectories_.begin(), outerDirectories_.end(), [](const auto &entry) {
+        return entry.second.shownCount == 0 && !entry.second.observedFolders.empty();
+      })) {
+    planEndOfObservations();
+  }
   redrawDrawn();
 }
 
@@ -109,10 +130,13 @@ void ShownItems::takeAnswers(const ExtensionEvents::Badges &badges) {
   for (const auto &[path, badge] : badges) {
     const auto entry = items_.find(path);
     if (entry == items_.end()) {
+      const auto question = hiddenQuestions_.find(path);
+      if (question != hiddenQuestions_.end() && --question->second == 0) {
+        hiddenQuestions_.erase(question);
+      }
       continue;
     }
     Item &item = entry->second;
-    // The question may be from before the item was hidden and shown again.
     if (item.questionCount > 0) {
       --item.questionCount;
     }
@@ -163,6 +187,7 @@ void ShownItems::awaitNextExtension() {
   outerDirectories_.clear();
   areDirectoriesKnown_ = false;
   wanted_.clear();
+  hiddenQuestions_.clear();
   for (auto &[path, item] : items_) {
     Item next;
     next.badge = std::move(item.badge);
@@ -173,10 +198,11 @@ void ShownItems::awaitNextExtension() {
 
 void ShownItems::clear() {
   awaitNextExtension();
-  for (auto &[path, item] : items_) {
-    draw(path, item, "");
+  for (const auto &[path, item] : std::exchange(items_, {})) {
+    if (!item.drawn.empty()) {
+      redraw_(path);
+    }
   }
-  redrawDrawn();
 }
 
 void ShownItems::draw(const std::string &path, Item &item, const std::string &badge) {
@@ -198,10 +224,13 @@ void ShownItems::redrawDrawn() {
 }
 
 void ShownItems::want(const std::string &path, Item &item) {
-  if (std::exchange(item.isWanted, true)) {
-    return;
+  if (!std::exchange(item.isWanted, true)) {
+    wanted_.push_back(path);
+    planToAsk();
   }
-  wanted_.push_back(path);
+}
+
+void ShownItems::planToAsk() {
   if (!std::exchange(willAsk_, true)) {
     mainLoop_.callSoon([this] {
       willAsk_ = false;
@@ -210,32 +239,33 @@ void ShownItems::want(const std::string &path, Item &item) {
   }
 }
 
+// What one call cannot carry is left to the next turn.
 void ShownItems::askForWanted() {
   std::vector<std::string> paths;
   std::size_t byteCount = 0;
-  const auto ask = [&] {
-    if (!paths.empty()) {
-      extension_.requestBadges(paths);
-      paths.clear();
-      byteCount = 0;
-    }
-  };
-  for (std::string &path : std::exchange(wanted_, {})) {
-    const auto entry = items_.find(path);
-    if (entry == items_.end() || !std::exchange(entry->second.isWanted, false)) {
+  auto next = wanted_.begin();
+  for (; next != wanted_.end() && paths.size() < greatestRequestCount; ++next) {
+    const auto entry = items_.find(*next);
+    if (entry == items_.end() || !entry->second.isWanted) {
       continue;
     }
+    byteCount += urlBytesPerPathByte * next->size();
+    if (byteCount > greatestRequestBytes) {
+      break;
+    }
+    entry->second.isWanted = false;
     entry->second.isOutdated = false;
     ++entry->second.questionCount;
-    observeFolderOf(path);
-    const std::size_t urlBytes = urlBytesPerPathByte * path.size();
-    if (paths.size() == greatestRequestCount || byteCount + urlBytes > greatestRequestBytes) {
-      ask();
-    }
-    byteCount += urlBytes;
-    paths.push_back(std::move(path));
+    observeFolderOf(*next);
+    paths.push_back(std::move(*next));
   }
-  ask();
+  wanted_.erase(wanted_.begin(), next);
+  if (!wanted_.empty()) {
+    planToAsk();
+  }
+  if (!paths.empty()) {
+    extension_.requestBadges(paths);
+  }
 }
 
 void ShownItems::observeFolderOf(const std::string &path) {

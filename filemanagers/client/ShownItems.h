@@ -44,7 +44,7 @@ class ShownItems {
   // The extension has ended. What is drawn stays; the next process is asked for all of it.
   void awaitNextExtension();
 
-  // There is no extension any more. Nothing is drawn.
+  // There is no extension any more. Nothing is drawn, and all is forgotten.
   void clear();
 
  private:
@@ -69,7 +69,9 @@ class ShownItems {
 
   void setOuterDirectories(const std::vector<std::string> &directories);
   void leaveDirectory(const std::string &path);
+  void wantAnew(const std::string &path, Item &item);
   void want(const std::string &path, Item &item);
+  void planToAsk();
   void askForWanted();
   void observeFolderOf(const std::string &path);
   void planEndOfObservations();
@@ -88,6 +90,8 @@ class ShownItems {
   bool areDirectoriesKnown_ = false;
 
   std::unordered_map<std::string, Item> items_;
+  std::unordered_map<std::string, unsigned>
+      hiddenQuestions_;  // those without an answer, of items that were hidden since
   std::vector<std::string>
       wanted_;  // in the order of wanting; may hold items that were hidden since
   std::vector<std::string> redraws_;

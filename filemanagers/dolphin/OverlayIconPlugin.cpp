@@ -1,5 +1,6 @@
 #include "filemanagers/dolphin/OverlayIconPlugin.h"
 
+#include <QHash>
 #include <QStandardPaths>
 
 #include "filemanagers/dolphin/LocalPath.h"
@@ -11,8 +12,12 @@ namespace {
 // The file of the icon, since by their names Dolphin finds only icons whose folder was there when
 // it started, and the extension makes that when it runs for the first time.
 QString overlayOf(const QString &icon) {
-  const QString file = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                              "icons/hicolor/scalable/emblems/" + icon + ".svg");
+  static QHash<QString, QString> found;  // there are few, and looking for one takes the disk
+  QString &file = found[icon];
+  if (file.isEmpty()) {
+    file = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
+                                  "icons/hicolor/scalable/emblems/" + icon + ".svg");
+  }
   return file.isEmpty() ? icon : file;
 }
 
@@ -28,7 +33,7 @@ OverlayIconPlugin::OverlayIconPlugin()
 
 QStringList OverlayIconPlugin::getOverlays(const QUrl &item) {
   const std::string path = pathOf(item);
-  if (path.empty()) {
+  if (path.empty() || !client_.isWorthwhile()) {
     return {};
   }
   items_.take(path);

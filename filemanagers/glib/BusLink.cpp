@@ -143,7 +143,7 @@ struct BusLink::Callbacks {
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, ErrorOut(error)));
     if (error != nullptr && !isCancelled(error)) {
       g_dbus_error_strip_remote_error(error.get());
-      g_warning("The command was not carried out: %s", error->message);
+      g_message("The command was not carried out: %s", error->message);
     }
   }
 };

@@ -69,7 +69,7 @@ PlugIn::PlugIn()
 const std::string &PlugIn::showFile(FileInfo *file) {
   static const std::string none;
   const std::string path = pathOf(file);
-  if (path.empty()) {
+  if (path.empty() || !client_.isWorthwhile()) {
     return none;
   }
   files_.add(G_OBJECT(file), path);

@@ -16,7 +16,7 @@ namespace filemanagers {
 
 class ShownFiles {
  public:
-  // `gone` is called when the last object of that path is.
+  // `gone` is called when the object that was added last for a path is.
   explicit ShownFiles(std::function<void(const std::string &path)> gone);
 
   // The object stands for that path from now on; an object that was renamed has stood for another.

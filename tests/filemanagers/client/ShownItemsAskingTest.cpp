@@ -91,20 +91,42 @@ TEST_F(ShownItemsAsking, AnAnswerForWhatIsHiddenAndNeverShownAgainIsDropped) {
   EXPECT_TRUE(items.isEmpty());
 }
 
-TEST_F(ShownItemsAsking, HiddenAndShownAgainWithAnAnswerUnderWayBothAnswersCount) {
+TEST_F(ShownItemsAsking, HiddenAndShownAgainManyTimesWithAnAnswerUnderWayIsAskedOnceMore) {
   show({"/wc/a"});
   asked();
-  hide({"/wc/a"});
-  show({"/wc/a"});
-  EXPECT_THAT(requested(), ElementsAre("/wc/a"));
+  for (int i = 0; i < 10; ++i) {
+    hide({"/wc/a"});
+    show({"/wc/a"});
+  }
+  EXPECT_THAT(asked(), IsEmpty());
+  EXPECT_FALSE(items.isSettled());
   items.takeAnswers({{"/wc/a", "modified"}});
   EXPECT_EQ(items.show("/wc/a"), "modified");
-  EXPECT_TRUE(items.isSettled());
+  EXPECT_THAT(requested(), ElementsAre("/wc/a"));
   items.takeAnswers({{"/wc/a", "added"}});
   EXPECT_EQ(items.show("/wc/a"), "added");
   EXPECT_TRUE(items.isSettled());
   EXPECT_THAT(redrawn(), ElementsAre("/wc/a", "/wc/a"));
   EXPECT_THAT(asked(), IsEmpty());
+}
+
+TEST_F(ShownItemsAsking, AnsweredWhileItWasHiddenItIsAskedForAnew) {
+  show({"/wc/a"});
+  asked();
+  hide({"/wc/a"});
+  items.takeAnswers({{"/wc/a", "modified"}});
+  show({"/wc/a"});
+  EXPECT_THAT(requested(), ElementsAre("/wc/a"));
+}
+
+TEST_F(ShownItemsAsking, TheNextExtensionIsAskedForWhatWasHiddenWithAQuestionUnderWay) {
+  show({"/wc/a"});
+  asked();
+  hide({"/wc/a"});
+  items.awaitNextExtension();
+  items.setDirectories({"/wc"});
+  show({"/wc/a"});
+  EXPECT_THAT(requested(), ElementsAre("/wc/a"));
 }
 
 TEST_F(ShownItemsAsking, HidingWhatIsNotShownDoesNothing) {
@@ -128,10 +150,12 @@ TEST_F(ShownItemsAsking, IsSettledWhenAllThatIsInsideIsAnswered) {
   EXPECT_FALSE(items.isSettled()) << "to be asked for again";
 }
 
-TEST_F(ShownItemsAsking, TenThousandItemsAreOneCallAndOneMoreIsAnother) {
+TEST_F(ShownItemsAsking, TenThousandItemsAreOneCallAndOneMoreIsTheNextTurns) {
   for (int i = 0; i < 10'001; ++i) {
     items.show("/wc/" + std::to_string(i));
   }
+  loop.turn();
+  ASSERT_THAT(extension.requests, ElementsAre(SizeIs(10'000)));
   loop.runUntilIdle();
   ASSERT_THAT(extension.requests, ElementsAre(SizeIs(10'000), SizeIs(1)));
   EXPECT_EQ(extension.requests[0].front(), "/wc/0");

@@ -133,4 +133,13 @@ TEST_F(ShownItemsObservation, TheNextProcessIsToldAnew) {
   EXPECT_THAT(asked(), ElementsAre("beginObserving /wc", "requestBadges /wc/a"));
 }
 
+TEST_F(ShownItemsObservation, EndsInADirectoryThatIsAnOuterOneNowAndShowsNothing) {
+  items.setDirectories({"/wc", "/wc/inner"});
+  showAnswered({{"/wc/a", ""}, {"/wc/inner/x", ""}});
+  hide({"/wc/inner/x"});
+  askedAfter(100s);
+  items.setDirectories({"/wc/inner"});
+  EXPECT_THAT(askedAfter(100s), ElementsAre("endObserving /wc/inner"));
+}
+
 }  // namespace
