@@ -18,7 +18,7 @@ help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
-	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages"
+	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
 	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
@@ -38,7 +38,7 @@ test: deps
 	@JOBS=$(JOBS) tools/test
 
 check-long:
-	@tools/install-dependencies debhelper lintian xvfb caja dolphin nautilus nemo thunar
+	@tools/install-dependencies --file-managers debhelper lintian
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps

@@ -41,10 +41,13 @@ GList *makeMenuItems(const MenuItemMaker &maker, ExtensionClient &client,
   if (menu == nullptr) {
     return nullptr;
   }
+  // Nautilus keeps what the items of both menus do under their names, so that two of one name would
+  // do the same.
+  const std::string prefix = selection.selected.empty() ? "Halvern::Folder::" : "Halvern::Items::";
   const auto shared = std::make_shared<const MenuSelection>(std::move(selection));
   std::size_t count = 0;
   const auto makeItem = [&](const platform::MenuItem &item) {
-    const std::string name = "Halvern::" + std::to_string(count++) + item.action;
+    const std::string name = prefix + std::to_string(count++) + item.action;
     if (item.isSeparator) {
       return Item(maker.makeSeparator == nullptr ? nullptr : maker.makeSeparator(name.c_str()));
     }

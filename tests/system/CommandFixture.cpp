@@ -1,6 +1,5 @@
 #include "tests/system/CommandFixture.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace {
@@ -16,15 +15,6 @@ ExtensionSession::Setup withDataOfSystem(ExtensionSession::Setup setup, const st
 
 CommandFixture::CommandFixture(ExtensionSession::Setup setup)
     : session(withDataOfSystem(std::move(setup), dataOfSystem.path())) {}
-
-std::string CommandFixture::entryOfApplication(const std::string &lines) {
-  return "[Desktop Entry]\nType=Application\nName=Halvern\nExec=\"" +
-         LaunchedPrograms::standInProgram() + "\" %u\n" + lines;
-}
-
-void CommandFixture::installApplication(const std::string &lines) const {
-  writeFile(session / "data/applications/com.morvane.v3.desktop", entryOfApplication(lines));
-}
 
 void CommandFixture::installApplicationForAll() const {
   writeFile(dataOfSystem / "applications/com.morvane.v3.desktop", entryOfApplication());
@@ -53,32 +43,6 @@ std::string CommandFixture::performWithToken(const std::string &action, const st
   return perform(
       action, {"file:///wc/item"}, "",
       g_variant_new_parsed("{'activation-token': <%s>, 'other': <true>}", token.c_str()));
-}
-
-std::vector<std::string> CommandFixture::commandNames() const {
-  std::vector<std::string> names;
-  for (const auto &entry : std::filesystem::directory_iterator(commandDirectory())) {
-    names.push_back(entry.path().filename());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-platform::Dictionary CommandFixture::command() const {
-  const std::vector<std::string> names = commandNames();
-  if (names.size() != 1) {
-    throw std::runtime_error("There are " + std::to_string(names.size()) + " commands");
-  }
-  return session.sharedDictionary("Commands/" + names.front());
-}
-
-std::vector<std::string> CommandFixture::sentPaths() const {
-  const platform::Dictionary sent = command();
-  std::vector<std::string> paths;
-  for (const platform::PropertyList &path : *sent.at("paths").as<platform::Array>()) {
-    paths.push_back(*path.as<std::string>());
-  }
-  return paths;
 }
 
 std::string CommandFixture::launchedURL() const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/BusClient.h"
+#include "tests/support/CommandApplication.h"
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/LaunchedPrograms.h"
 
@@ -18,8 +19,10 @@ class CommandFixture : public ::testing::Test {
 
   // The application's desktop entry, with further lines in it, in the user's data directory or in
   // that of the system.
-  static std::string entryOfApplication(const std::string &lines = "");
-  void installApplication(const std::string &lines = "") const;
+  static std::string entryOfApplication(const std::string &lines = "") {
+    return CommandApplication::desktopEntry(lines);
+  }
+  void installApplication(const std::string &lines = "") const { application.install(lines); }
   void installApplicationForAll() const;
 
   // Starts the extension. What is launched from then on is looked at by `launched`.
@@ -37,14 +40,11 @@ class CommandFixture : public ::testing::Test {
   // With that token in the platform data.
   std::string performWithToken(const std::string &action, const std::string &token);
 
-  std::string commandDirectory() const { return session.sharedPath("Commands"); }
-
-  // The names in the directory of commands, in alphabetical order.
-  std::vector<std::string> commandNames() const;
-
-  // The one command there is.
-  platform::Dictionary command() const;
-  std::vector<std::string> sentPaths() const;
+  // What was sent, as the application finds it.
+  std::string commandDirectory() const { return application.commandDirectory(); }
+  std::vector<std::string> commandNames() const { return application.commandNames(); }
+  platform::Dictionary command() const { return application.command(); }
+  std::vector<std::string> sentPaths() const { return application.sentPaths(); }
 
   // What the one program that was launched was given as its only argument.
   std::string launchedURL() const;
@@ -52,5 +52,6 @@ class CommandFixture : public ::testing::Test {
   LaunchedPrograms launched;
   const TemporaryDirectory dataOfSystem;
   ExtensionSession session;
+  const CommandApplication application{session};
   BusClient client{session.bus()};
 };
