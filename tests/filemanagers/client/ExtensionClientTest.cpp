@@ -228,6 +228,7 @@ TEST_F(ExtensionClientTest, WhereItIsNotInstalledAnyMoreNothingIsShown) {
   client.isMissing();
   EXPECT_THAT(display(), ElementsAre("menuChanged", "redraw /wc/a"));
   EXPECT_EQ(client.showItem("/wc/a"), "");
+  EXPECT_TRUE(client.items().isEmpty());
   EXPECT_EQ(client.menuForItems({"/wc/a"}), nullptr);
   EXPECT_THAT(asked(), ElementsAre("start")) << "the one that found it missing";
 }
