@@ -66,6 +66,16 @@ TEST_F(FileManagerWithTheExtension, StartsBesideOneThatHangs) {
 class FileManagerWithoutTheExtension : public FileManagerFixture {
  protected:
   FileManagerWithoutTheExtension() : FileManagerFixture({.isActivatable = false}) {}
+
+  // The folder of the test, which file managers complain about, has our name.
+  std::string errorsWithoutOwnPaths() const {
+    std::string errors = window->errors();
+    const std::string folder = session.extension().directory().path();
+    for (std::size_t at = errors.find(folder); at != std::string::npos; at = errors.find(folder)) {
+      errors.erase(at, folder.size());
+    }
+    return errors;
+  }
 };
 
 TEST_F(FileManagerWithoutTheExtension, ShowsNothingSaysNothingAndAsksOnce) {
@@ -90,7 +100,7 @@ TEST_F(FileManagerWithoutTheExtension, ShowsNothingSaysNothingAndAsksOnce) {
   EXPECT_TRUE(window->isResponsive());
   turnMainLoopUntil([end] { return steady_clock::now() >= end; });
   EXPECT_THAT(traffic.calls(), IsEmpty());
-  EXPECT_THAT(window->errors(), Not(ContainsRegex("[Hh]alvern|morvane|finder")));
+  EXPECT_THAT(errorsWithoutOwnPaths(), Not(ContainsRegex("[Hh]alvern|morvane|finder")));
 }
 
 }  // namespace
