@@ -12,7 +12,7 @@ cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configur
 cmake --build --preset $(1) $(if $(2),--target $(2)) -- -j$(JOBS)
 endef
 
-.PHONY: help deps run test check-long bench contact-sheet install package format lint clean
+.PHONY: help deps run test check-long bench contact-sheet screenshots install package format lint clean
 
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
@@ -21,6 +21,7 @@ help:
 	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
 	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
+	@echo "make screenshots      take pictures of the file managers into docs/images"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make package          build Debian packages into build/packages"
 	@echo "make deps             install the Debian packages that are missing"
@@ -42,12 +43,17 @@ check-long:
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
-	@$(call build,release,extension_bench watch_bench)
+	@$(call build,release,extension_bench watch_bench file_manager_bench)
 	@tools/bench "$(RELEASE)"
 
 contact-sheet: deps
 	@$(call build,release,contact_sheet halvern-finder-sync)
 	@tools/contact-sheet "$(RELEASE)" docs/images/badges.png
+
+screenshots:
+	@tools/install-dependencies --file-managers
+	@$(call build,release,screenshots)
+	@tools/screenshots/take "$(RELEASE)" docs/images
 
 install: deps
 	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF

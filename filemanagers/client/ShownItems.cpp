@@ -164,19 +164,21 @@ void ShownItems::takeChanges(const ExtensionEvents::Badges &badges) {
     }
   }
   // Something in a directory has changed that names no item, such as a commit: it may concern all.
-  for (const auto &[root, badge] : badges) {
-    if (!directories_.contains(root)) {
+  std::set<std::string, std::less<>> roots;
+  for (const auto &[path, badge] : badges) {
+    if (directories_.contains(path)) {
+      roots.insert(path);
+    }
+  }
+  for (auto &[path, item] : items_) {
+    if (roots.empty() || !item.isInside || roots.contains(path) ||
+        outermostOf(roots, path) == roots.end()) {
       continue;
     }
-    for (auto &[path, item] : items_) {
-      if (!item.isInside || !isBelow(path, root)) {
-        continue;
-      }
-      if (item.questionCount > 0) {
-        item.isOutdated = true;
-      } else {
-        want(path, item);
-      }
+    if (item.questionCount > 0) {
+      item.isOutdated = true;
+    } else {
+      want(path, item);
     }
   }
   redrawDrawn();

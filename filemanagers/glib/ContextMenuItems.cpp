@@ -15,17 +15,30 @@ using Item = platform::ObjectHandle<GObject>;
 struct Activation {
   ExtensionClient &client;
   std::string action;
-  std::shared_ptr<const MenuSelection> selection;
+  std::weak_ptr<const MenuSelection> selection;
 
   static void activate(GObject *, gpointer data) {
     const auto &activation = *static_cast<const Activation *>(data);
-    activation.client.performAction(activation.action, *activation.selection);
+    if (const auto selection = activation.selection.lock()) {
+      activation.client.performAction(activation.action, *selection);
+    }
   }
 
   static void destroy(gpointer data, GClosure *) {
     const std::unique_ptr<Activation> activation(static_cast<Activation *>(data));
   }
 };
+
+// Keeps the selection for as long as the item is there. Caja never frees a submenu, so what hangs
+// on its entries must not be large.
+void keepWith(GObject *item, std::shared_ptr<const MenuSelection> selection) {
+  using Kept = std::shared_ptr<const MenuSelection>;
+  const auto destroy = [](gpointer kept) {
+    const std::unique_ptr<Kept> owner(static_cast<Kept *>(kept));
+  };
+  g_object_set_data_full(item, "halvern-selection",
+                         std::make_unique<Kept>(std::move(selection)).release(), destroy);
+}
 
 // In the file managers' labels an underscore marks the key that chooses the item.
 std::string labelOf(const std::string &title) {
@@ -56,6 +69,9 @@ GList *makeMenuItems(const MenuItemMaker &maker, ExtensionClient &client,
 
   GList *items = nullptr;
   for (const platform::MenuItem &topItem : menu->items) {
+    if (topItem.submenu->items.empty()) {
+      continue;
+    }
     Item item = makeItem(topItem);
     const Item submenu(maker.makeMenu());
     for (const platform::MenuItem &entry : topItem.submenu->items) {
@@ -72,6 +88,7 @@ GList *makeMenuItems(const MenuItemMaker &maker, ExtensionClient &client,
       maker.append(submenu.get(), made.get());
     }
     maker.setSubmenu(item.get(), submenu.get());
+    keepWith(item.get(), shared);
     items = g_list_append(items, item.release());
   }
   return items;

@@ -79,10 +79,12 @@ const std::string &PlugIn::showFile(FileInfo *file) {
   return client_.showItem(path);
 }
 
-// The file manager then asks for the file again.
+// The file manager then asks for the file again. Caja may let go of the last reference meanwhile,
+// and goes on with the file.
 void PlugIn::redraw(const std::string &path) {
   GObject *file = files_.find(path);
   if (file != nullptr) {
+    const platform::ObjectHandle<GObject> held(G_OBJECT(g_object_ref(file)));
     HALVERN_FUNCTION(file_info_invalidate_extension_info)(reinterpret_cast<FileInfo *>(file));
   }
 }
@@ -104,7 +106,11 @@ void PlugIn::addMenuProvider(GObject *provider) {
   g_object_weak_ref(provider, forget, this);
 }
 
+// Who has not asked for a menu yet may not be ready to.
 void PlugIn::menuChanged() {
+  if (!hasMadeMenu_) {
+    return;
+  }
   for (GObject *provider : menuProviders_) {
     HALVERN_FUNCTION(menu_provider_emit_items_updated_signal)
     (reinterpret_cast<MenuProvider *>(provider));
@@ -116,10 +122,12 @@ GList *PlugIn::menuItemsForFiles(GList *files) {
   for (const GList *link = files; link != nullptr; link = link->next) {
     paths.push_back(pathOf(static_cast<FileInfo *>(link->data)));
   }
+  hasMadeMenu_ = true;
   return menuItemsForPaths(menuItemMaker, client_, std::move(paths));
 }
 
 GList *PlugIn::menuItemsForFolder(FileInfo *folder) {
+  hasMadeMenu_ = true;
   return filemanagers::menuItemsForFolder(menuItemMaker, client_, pathOf(folder));
 }
 

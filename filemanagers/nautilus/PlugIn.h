@@ -48,6 +48,7 @@ class PlugIn {
   FolderProbe folders_;  // since Nautilus keeps the file objects of folders that it has left
 #endif
   std::set<GObject *> menuProviders_;
+  bool hasMadeMenu_ = false;
 };
 
 }  // namespace filemanagers
