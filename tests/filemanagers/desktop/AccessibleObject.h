@@ -16,6 +16,8 @@ class AccessibleObject {
   AccessibleObject(GDBusConnection *connection, std::string owner, std::string path)
       : connection_(connection), owner_(std::move(owner)), path_(std::move(path)) {}
 
+  bool operator==(const AccessibleObject &other) const = default;
+
   std::string name() const;
   std::string role() const;
   std::vector<AccessibleObject> children() const;

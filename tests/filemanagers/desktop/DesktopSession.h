@@ -27,6 +27,9 @@ class DesktopSession {
   // For the programs of the session.
   CommandOptions environment() const;
 
+  // On which programs tell what they show.
+  GDBusConnection *accessibilityBus() const { return accessibilityBus_.get(); }
+
   // The programs of the session that show something, beneath one object.
   AccessibleObject accessiblePrograms() const;
 

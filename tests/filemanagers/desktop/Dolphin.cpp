@@ -1,6 +1,5 @@
 #include "tests/filemanagers/desktop/FileManager.h"
 
-// Its menus are not tested here, since it does not tell where their entries are.
 FileManager fileManagerUnderTest() {
   return {
       .badgeSize = 22,
@@ -15,5 +14,6 @@ FileManager fileManagerUnderTest() {
           [](const Rectangle &item) {
             return Rectangle{item.middleX() - 32, item.y, 64, 64};
           },
+      .menus = FileManager::Menus::announced,
   };
 }

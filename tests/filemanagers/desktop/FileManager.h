@@ -32,8 +32,9 @@ struct FileManager {
   Rectangle (*iconPlace)(const Rectangle &item) = nullptr;
 
   enum class Menus {
-    windows,       // of their own, and a submenu is beside the menu
-    oneAfterOther  // a submenu takes the place of the menu, which is nobody knows where
+    windows,        // of their own, and a submenu is beside the menu
+    announced,      // the same, but it does not list these windows
+    oneAfterOther,  // a submenu takes the place of the menu, which is nobody knows where
   };
   Menus menus = Menus::windows;
 };

@@ -34,6 +34,9 @@ FileManagerWindow::FileManagerWindow(const DesktopSession &session, const FileMa
                                      const std::string &folder)
     : session_(session), fileManager_(fileManager), folder_(folder) {
   writeSettings(session, fileManager);
+  if (fileManager.menus == FileManager::Menus::announced) {
+    announcedMenus_.emplace(session.accessibilityBus());
+  }
   CommandOptions options = session.environment();
   for (const auto &[name, value] : fileManager.environment) {
     options.environment[name] = value;
@@ -260,6 +263,10 @@ std::vector<FileManagerWindow::MenuEntry> FileManagerWindow::placedEntries(
 }
 
 std::vector<FileManagerWindow::MenuEntry> FileManagerWindow::menuEntries() const {
+  if (announcedMenus_) {
+    const auto menus = announcedMenus_->open();
+    return menus.empty() ? std::vector<MenuEntry>() : placedEntries(menus.front());
+  }
   std::vector<MenuEntry> entries;
   for (const AccessibleObject &program : session_.accessiblePrograms().children()) {
     for (const AccessibleObject &window : program.children()) {
@@ -274,6 +281,16 @@ std::vector<FileManagerWindow::MenuEntry> FileManagerWindow::menuEntries() const
   return entries;
 }
 
+bool FileManagerWindow::isOpen(const MenuEntry &submenu) const {
+  if (!announcedMenus_) {
+    return true;
+  }
+  // Entries of a closed menu have places, too.
+  const auto open = announcedMenus_->open();
+  const auto below = submenu.object.children();
+  return std::find_first_of(open.begin(), open.end(), below.begin(), below.end()) != open.end();
+}
+
 std::vector<FileManagerWindow::MenuEntry> FileManagerWindow::entriesOfSubmenu() const {
   const std::vector<MenuEntry> all = menuEntries();
   const auto isSubmenu = [](const MenuEntry &entry) { return entry.title == submenuTitle; };
@@ -281,8 +298,8 @@ std::vector<FileManagerWindow::MenuEntry> FileManagerWindow::entriesOfSubmenu() 
   if (submenu == all.end()) {
     return {};
   }
-  if (fileManager_.menus == FileManager::Menus::windows) {
-    return placedEntries(submenu->object);
+  if (fileManager_.menus != FileManager::Menus::oneAfterOther) {
+    return isOpen(*submenu) ? placedEntries(submenu->object) : std::vector<MenuEntry>();
   }
   // The way back has the same title.
   const auto wayBack = std::find_if(submenu + 1, all.end(), isSubmenu);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/filemanagers/desktop/AnnouncedMenus.h"
 #include "tests/filemanagers/desktop/BadgeRecognition.h"
 #include "tests/filemanagers/desktop/DesktopSession.h"
 #include "tests/filemanagers/desktop/FileManager.h"
@@ -78,6 +79,8 @@ class FileManagerWindow {
   std::string badgeAt(const Rectangle &item) const;
   static std::vector<MenuEntry> placedEntries(const AccessibleObject &above);
   std::vector<MenuEntry> menuEntries() const;
+  // Where only entries of open menus have places, any submenu is taken for open.
+  bool isOpen(const MenuEntry &submenu) const;
   std::vector<MenuEntry> entriesOfSubmenu() const;
   void activate(const MenuEntry &entry) const;
   void clickMenuOpen(const std::vector<std::string> &items) const;
@@ -90,6 +93,7 @@ class FileManagerWindow {
   const DesktopSession &session_;
   const FileManager fileManager_;
   std::string folder_;
+  std::optional<AnnouncedMenus> announcedMenus_;
   std::unique_ptr<QuietProgram> program_;
   mutable std::optional<AccessibleObject> pane_;
   std::vector<BadgeDrawing> badges_;
