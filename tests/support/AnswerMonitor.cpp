@@ -1,27 +1,14 @@
 #include "tests/support/AnswerMonitor.h"
 
 #include <chrono>
-#include <stdexcept>
 
 #include "platform/FileURL.h"
 
-using platform::ErrorHandle;
-using platform::ErrorOut;
 using platform::FileURL;
 using platform::VariantHandle;
 
-AnswerMonitor::AnswerMonitor(const PrivateBus &bus) : connection_(bus.connect()) {
-  GVariantBuilder rules;
-  g_variant_builder_init(&rules, G_VARIANT_TYPE_STRING_ARRAY);
-  g_variant_builder_add(&rules, "s", "type='signal',member='BadgeIdentifiersSet'");
-  ErrorHandle error;
-  const VariantHandle reply(g_dbus_connection_call_sync(
-      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-      "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", &rules, 0U),
-      nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
-  if (reply == nullptr) {
-    throw std::runtime_error(error->message);
-  }
+AnswerMonitor::AnswerMonitor(const PrivateBus &bus)
+    : connection_(bus.connectAsMonitor("type='signal',member='BadgeIdentifiersSet'")) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
 }
 

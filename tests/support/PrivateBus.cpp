@@ -5,6 +5,7 @@
 using platform::ErrorHandle;
 using platform::ErrorOut;
 using platform::ObjectHandle;
+using platform::VariantHandle;
 
 PrivateBus::PrivateBus(const std::string &serviceDirectory)
     : bus_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
@@ -30,6 +31,22 @@ ObjectHandle<GDBusConnection> PrivateBus::connect() const {
                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
       nullptr, nullptr, ErrorOut(error)));
   if (connection == nullptr) {
+    throw std::runtime_error(error->message);
+  }
+  return connection;
+}
+
+ObjectHandle<GDBusConnection> PrivateBus::connectAsMonitor(const char *rule) const {
+  ObjectHandle<GDBusConnection> connection = connect();
+  GVariantBuilder rules;
+  g_variant_builder_init(&rules, G_VARIANT_TYPE_STRING_ARRAY);
+  g_variant_builder_add(&rules, "s", rule);
+  ErrorHandle error;
+  const VariantHandle reply(g_dbus_connection_call_sync(
+      connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+      "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", &rules, 0U),
+      nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
+  if (reply == nullptr) {
     throw std::runtime_error(error->message);
   }
   return connection;

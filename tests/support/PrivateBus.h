@@ -19,6 +19,10 @@ class PrivateBus {
   // A connection of its own, which is not ended with the bus.
   platform::ObjectHandle<GDBusConnection> connect() const;
 
+  // One that hears everybody's messages that match the rule, such as "type='method_call'", from
+  // then on, and can say nothing.
+  platform::ObjectHandle<GDBusConnection> connectAsMonitor(const char *rule) const;
+
   // Ends the bus; its clients see their connections closed.
   void stop();
 

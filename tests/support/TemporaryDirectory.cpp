@@ -34,3 +34,13 @@ std::string readFileForTest(const std::filesystem::path &path) {
   EXPECT_TRUE(stream.good()) << path;
   return {std::istreambuf_iterator<char>(stream), {}};
 }
+
+std::vector<std::string> filesBelow(const std::filesystem::path &directory) {
+  std::vector<std::string> paths;
+  for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
+    if (!entry.is_directory()) {
+      paths.push_back(entry.path().lexically_relative(directory));
+    }
+  }
+  return paths;
+}

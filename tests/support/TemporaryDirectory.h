@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class TemporaryDirectory {
  public:
@@ -25,3 +26,6 @@ class TemporaryDirectory {
 // Whole files; a failure fails the test. `writeFile` creates missing folders.
 void writeFile(const std::filesystem::path &path, std::string_view contents);
 std::string readFileForTest(const std::filesystem::path &path);
+
+// The paths of all files below the directory, relative to it, in no order.
+std::vector<std::string> filesBelow(const std::filesystem::path &directory);

@@ -8,6 +8,7 @@
 #include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExtensionSession.h"
+#include "tests/support/TemporaryDirectory.h"
 
 using platform::Handle;
 using platform::SurfaceHandle;
@@ -43,17 +44,6 @@ std::vector<BadgeRow> badgesProperty(const BusClient &client) {
     rows.emplace_back(identifier, label, iconName);
   }
   return rows;
-}
-
-// The paths of all files below the directory, relative to it.
-std::vector<std::string> filesBelow(const std::filesystem::path &directory) {
-  std::vector<std::string> paths;
-  for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
-    if (!entry.is_directory()) {
-      paths.push_back(entry.path().lexically_relative(directory));
-    }
-  }
-  return paths;
 }
 
 std::vector<std::string> allIconFiles() {

@@ -6,6 +6,7 @@
 
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
+#include "tests/support/TemporaryDirectory.h"
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
@@ -67,16 +68,6 @@ std::vector<std::string> expectedFiles() {
     files.push_back(libraries + "thunarx-3/libhalvern-thunar.so");
   }
   return files;
-}
-
-std::vector<std::string> filesBelow(const std::filesystem::path &directory) {
-  std::vector<std::string> paths;
-  for (const auto &entry : std::filesystem::recursive_directory_iterator(directory)) {
-    if (!entry.is_directory()) {
-      paths.push_back(entry.path().lexically_relative(directory));
-    }
-  }
-  return paths;
 }
 
 // The built tree, installed below a directory of the test's own.

@@ -5,8 +5,6 @@
 
 #include "tests/support/PublicNames.h"
 
-using platform::ErrorHandle;
-using platform::ErrorOut;
 using platform::StringHandle;
 using platform::VariantHandle;
 
@@ -18,18 +16,7 @@ constexpr const char *mark = "com.example.HeardUpToHere";
 }  // namespace
 
 BusTraffic::BusTraffic(const PrivateBus &bus)
-    : connection_(bus.connect()), speaker_(bus.connect()) {
-  GVariantBuilder rules;
-  g_variant_builder_init(&rules, G_VARIANT_TYPE_STRING_ARRAY);
-  g_variant_builder_add(&rules, "s", "type='method_call'");
-  ErrorHandle error;
-  const VariantHandle reply(g_dbus_connection_call_sync(
-      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-      "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", &rules, 0U),
-      nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
-  if (reply == nullptr) {
-    throw std::runtime_error(error->message);
-  }
+    : connection_(bus.connectAsMonitor("type='method_call'")), speaker_(bus.connect()) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
 }
 
