@@ -28,19 +28,19 @@ ServiceStandIn::Description serviceDescription(const std::string &answer,
           .answer = answer};
 }
 
-// The warnings that are logged while it lives.
-class Warnings {
+// The messages that are logged while it lives.
+class PlugInMessages {
  public:
-  Warnings()
+  PlugInMessages()
       : handler_(g_log_set_handler(
-            nullptr, G_LOG_LEVEL_WARNING,
+            "Halvern", G_LOG_LEVEL_MESSAGE,
             [](const char *, GLogLevelFlags, const char *text, gpointer self) {
-              static_cast<Warnings *>(self)->texts.emplace_back(text);
+              static_cast<PlugInMessages *>(self)->texts.emplace_back(text);
             },
             this)) {}
-  ~Warnings() { g_log_remove_handler(nullptr, handler_); }
-  Warnings(const Warnings &) = delete;
-  Warnings &operator=(const Warnings &) = delete;
+  ~PlugInMessages() { g_log_remove_handler("Halvern", handler_); }
+  PlugInMessages(const PlugInMessages &) = delete;
+  PlugInMessages &operator=(const PlugInMessages &) = delete;
 
   std::vector<std::string> texts;
 
@@ -129,10 +129,10 @@ TEST_F(BusLinkCalls, AnActionFindsTheProcessThatHasTheNameNow) {
 TEST_F(BusLinkCalls, ARefusedActionIsLogged) {
   const ServiceStandIn service(bus, serviceDescription("()"), ServiceStandIn::OnCall::refuses);
   link->open(events, connection.get());
-  const Warnings warnings;
+  const PlugInMessages messages;
   link->performAction("updateItems:", {.selected = {"/wc/a"}, .targeted = "/wc"});
-  ASSERT_TRUE(turnMainLoopUntil([&] { return !warnings.texts.empty(); }));
-  EXPECT_THAT(warnings.texts, ElementsAre("The command was not carried out: refused"));
+  ASSERT_TRUE(turnMainLoopUntil([&] { return !messages.texts.empty(); }));
+  EXPECT_THAT(messages.texts, ElementsAre("The command was not carried out: refused"));
 }
 
 // The refusal is proof that it has arrived.
@@ -141,10 +141,10 @@ TEST_F(BusLinkCalls, AnActionStartsTheExtension) {
   const auto toSession = session.bus().connect();
   filemanagers::BusLink other;
   other.open(events, toSession.get());
-  const Warnings warnings;
+  const PlugInMessages messages;
   other.performAction("noSuchAction:", {.selected = {}, .targeted = "/"});
-  ASSERT_TRUE(turnMainLoopUntil([&] { return !warnings.texts.empty(); }));
-  EXPECT_THAT(warnings.texts, ElementsAre(HasSubstr("noSuchAction:")));
+  ASSERT_TRUE(turnMainLoopUntil([&] { return !messages.texts.empty(); }));
+  EXPECT_THAT(messages.texts, ElementsAre(HasSubstr("noSuchAction:")));
   EXPECT_NE(session.extensionProcess(), -1);
 }
 
