@@ -95,6 +95,10 @@ struct ExtensionStandIn::Handlers {
       urls.emplace_back(*texts);
       paths.push_back(pathOf(*texts));
     }
+    {
+      const std::lock_guard lock(self->mutex_);  // noted before anybody can see an answer
+      self->requests_.push_back(std::move(paths));
+    }
     const std::string client = g_dbus_method_invocation_get_sender(invocation);
     halvern_finder_sync1_complete_request_badge_identifiers(skeleton, invocation);
     switch (self->onRequest_) {
@@ -111,10 +115,6 @@ struct ExtensionStandIn::Handlers {
         g_dbus_connection_flush_sync(self->connection_.get(), nullptr, nullptr);
         g_dbus_connection_close_sync(self->connection_.get(), nullptr, nullptr);
         break;
-    }
-    {
-      const std::lock_guard lock(self->mutex_);
-      self->requests_.push_back(std::move(paths));
     }
     self->hasRequest_.notify_all();
     return TRUE;
