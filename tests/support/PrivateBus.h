@@ -19,16 +19,18 @@ class PrivateBus {
   // A connection of its own, which is not ended with the bus.
   platform::ObjectHandle<GDBusConnection> connect() const;
 
-  // One that hears everybody's messages that match the rule, such as "type='method_call'", from
-  // then on, and can say nothing.
-  platform::ObjectHandle<GDBusConnection> connectAsMonitor(const char *rule) const;
-
   // Ends the bus; its clients see their connections closed.
   void stop();
 
  private:
   platform::ObjectHandle<GTestDBus> bus_;
 };
+
+// Has the connection hear everybody's messages that match the rule, such as "type='method_call'",
+// from then on. It may say nothing any more: the bus closes it even for GIO's answer to a call that
+// is for somebody else. So whoever hears calls keeps them from GIO, with a filter that is there
+// before.
+void becomeMonitor(GDBusConnection *connection, const char *rule);
 
 // Runs the default main context until `condition` holds; false if it does not within the time that
 // only a broken test takes.
