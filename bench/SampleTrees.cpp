@@ -9,10 +9,10 @@ void writeTree(const std::string &path, int fileCount, int filesInOne) {
   }
 }
 
-WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount) {
+WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount, int filesInOne) {
   WorkingCopy wc(directory, "wc" + std::to_string(fileCount));
   const std::string source = directory / ("source" + std::to_string(fileCount));
-  writeTree(source, fileCount, filesInDirectory);
+  writeTree(source, fileCount, filesInOne);
   wc.svn({"import", "--quiet", "-m", "a tree", source, wc.repositoryURL()});
   std::filesystem::remove_all(source);
   wc.svn({"update", "--quiet"});

@@ -13,5 +13,6 @@ constexpr int filesInDirectory = 49;
 // Writes that many files below `path`, in directories of `filesInOne`.
 void writeTree(const std::string &path, int fileCount, int filesInOne);
 
-// A clean working copy of that many files, below the directory.
-WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount);
+// A clean working copy of that many files, below the directory, in directories of `filesInOne`.
+WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount,
+                            int filesInOne = filesInDirectory);
