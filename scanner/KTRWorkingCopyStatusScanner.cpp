@@ -3,11 +3,8 @@
 #include <filesystem>
 #include <thread>
 
-#include <apr_hash.h>
-#include <svn_config.h>
 #include <svn_dirent_uri.h>
 #include <svn_error.h>
-#include <svn_hash.h>
 
 #include "platform/Text.h"
 #include "scanner/SVNError.h"
@@ -29,32 +26,17 @@ svn_error_t *checkTargetPath(const std::string &path, apr_pool_t *pool) {
   return SVN_NO_ERROR;
 }
 
-// Whether the configuration has each user of a working copy's database keep all others out of it;
-// two threads would wait for each other then.
-bool locksExclusively(const std::optional<std::string> &configDir) {
-  const SVNPool pool;
-  auto *configuration = static_cast<svn_config_t *>(
-      svn_hash_gets(readConfiguration(configDir, pool), SVN_CONFIG_CATEGORY_CONFIG));
-  svn_boolean_t isExclusive = FALSE;
-  SVNError error(svn_config_get_bool(configuration, &isExclusive, SVN_CONFIG_SECTION_WORKING_COPY,
-                                     SVN_CONFIG_OPTION_SQLITE_EXCLUSIVE, FALSE));
-  return error != nullptr || isExclusive;
-}
-
-WalkPlan planFor(const std::string &targetPath, const std::optional<std::string> &configDir,
-                 const KTRWorkingCopyScanOptions &options) {
+WalkPlan planFor(const std::string &targetPath, const KTRWorkingCopyScanOptions &options) {
   if (options.depth != svn_depth_infinity || options.contactsRepository) {
     return {};
   }
-  WalkPlan plan = planForWorkingCopy(targetPath, std::thread::hardware_concurrency());
-  return plan.threadCount > 1 && locksExclusively(configDir) ? WalkPlan() : plan;
+  return planForWorkingCopy(targetPath, std::thread::hardware_concurrency());
 }
 
 SVNError scan(const std::string &targetPath, const std::optional<std::string> &configDir,
               const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock,
               bool *isRefused) {
-  StatusWalk walk(targetPath, configDir, options, entryBlock,
-                  planFor(targetPath, configDir, options));
+  StatusWalk walk(targetPath, configDir, options, entryBlock, planFor(targetPath, options));
   SVNError error = walk.run();
   *isRefused = walk.isRefused();
   for (const std::string &external : walk.externalsLeftOut()) {

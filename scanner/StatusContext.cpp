@@ -28,8 +28,8 @@ svn_error_t *interrupt(void *baton) {
       [&] { return (*static_cast<const std::function<svn_error_t *()> *>(baton))(); });
 }
 
-}  // namespace
-
+// Creates nothing. A configuration that cannot be read must not cost the scan, so the library's
+// defaults stand in for the whole of it then.
 apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool) {
   apr_hash_t *configuration = nullptr;
   const char *canonicalDir =
@@ -41,6 +41,8 @@ apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_p
   }
   return configuration;
 }
+
+}  // namespace
 
 StatusContext::StatusContext(std::optional<std::string> configDir,
                              std::function<svn_error_t *()> interrupt)

@@ -19,13 +19,10 @@ using StatusReceiver =
 // The same for what is asked of the database alone.
 using ChildReceiver = std::function<svn_error_t *(const char *path, svn_node_kind_t kind)>;
 
-// Reads a configuration directory, or the user's own without one, and creates nothing. A
-// configuration that cannot be read must not cost the scan, so the library's defaults stand in for
-// the whole of it then. The result belongs to the pool, and to one thread.
-apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool);
-
 class StatusContext {
  public:
+  // `configDir` is the Subversion configuration directory; without one the user's own counts.
+  //
   // `interrupt` is called once for each directory that is walked; an error that it returns ends the
   // walk.
   StatusContext(std::optional<std::string> configDir, std::function<svn_error_t *()> interrupt);

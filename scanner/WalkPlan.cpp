@@ -11,11 +11,11 @@ namespace {
 
 // From about 2,000 to 5,000 nodes on, by the length of their paths, a second thread gains more than
 // it costs.
-constexpr std::uintmax_t sizeForSeveralThreads = 2 * 1024 * 1024;
+constexpr std::uintmax_t sizeForSeveralThreads = 2UL * 1024 * 1024;
 
 // A directory is large if it holds more than an eighth of one thread's share. Then the threads end
 // within about that much of each other.
-constexpr int partsForThread = 8;
+constexpr std::size_t partsForThread = 8;
 constexpr int samplesForThread = 64;
 
 // How many of the sorted paths lie beneath the directory.

@@ -82,7 +82,7 @@ TEST_F(WalkPlanTest, ADatabaseThatAnotherProgramHasLockedIsLeftToTheLibrary) {
   EXPECT_EQ(threads(), 1U);
 }
 
-// By one thread, then: several would keep each other out.
+// It keeps writers out; those who read share the database all the same.
 TEST_F(WalkPlanTest, AConfigurationThatLocksTheDatabaseExclusivelyCostsNoScan) {
   ForeignDatabase(wc.path()).grow();
   writeFile(directory / "config/config", "[working-copy]\nexclusive-locking = true\n");
