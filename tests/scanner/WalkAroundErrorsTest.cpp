@@ -20,6 +20,7 @@ constexpr const char *badName = "\xFF";
 class WalkAroundErrors : public testing::Test {
  protected:
   WalkAroundErrors() {
+    KTREnsureSVNCoreInitialization();
     for (const char *folder : {"a", "a/b", "a/b/c", "d", "d/e"}) {
       writeFile(wc / (std::string(folder) + "/changed"), "contents\n");
       writeFile(wc / (std::string(folder) + "/clean"), "contents\n");

@@ -1,4 +1,5 @@
-// Random working copies, walked in parts and in one go: the reports are the same.
+// Random working copies, walked in parts and in one go: the reports are the same. 208 of them: each
+// of 52 is compared at four stages of what happens to it.
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
@@ -8,9 +9,10 @@
 
 namespace {
 
-constexpr unsigned batches = 16;
+constexpr unsigned batches = 4;
 constexpr unsigned workingCopiesPerBatch = 13;
-constexpr int changesPerWorkingCopy = 12;
+constexpr int stages = 4;
+constexpr int changesPerStage = 3;
 constexpr unsigned defaultSeed = 70'000;
 
 unsigned firstSeed() {
@@ -43,12 +45,14 @@ TEST_P(WalkDifference, AWalkInPartsReportsWhatTheLibraryReportsInOneCall) {
     const TemporaryDirectory directory;
     // One with externals is not divided.
     RandomWorkingCopy workingCopy(directory, seed, RandomWorkingCopy::Externals::none);
-    for (int change = 0; change < changesPerWorkingCopy; ++change) {
-      workingCopy.change();
+    for (int stage = 0; stage < stages; ++stage) {
+      for (int change = 0; change < changesPerStage; ++change) {
+        workingCopy.change();
+      }
+      compare(workingCopy.path(), seed);
+      ASSERT_FALSE(HasFailure()) << "HALVERN_SEED=" << seed << " fails in the first batch, after\n"
+                                 << workingCopy.history();
     }
-    compare(workingCopy.path(), seed);
-    ASSERT_FALSE(HasFailure()) << "HALVERN_SEED=" << seed << " fails in the first batch, after\n"
-                               << workingCopy.history();
   }
 }
 

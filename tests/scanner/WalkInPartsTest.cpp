@@ -23,6 +23,7 @@ using testing::SizeIs;
 class WalkInParts : public testing::Test {
  protected:
   WalkInParts() {
+    KTREnsureSVNCoreInitialization();
     for (const char *folder : {"a", "a/b", "a/b/c", "d", "d/e"}) {
       for (const char *file : {"one", "two"}) {
         writeFile(wc / (std::string(folder) + "/" + file), "contents\n");
