@@ -1,4 +1,4 @@
-// The database of a working copy in the hands of another program, for tests.
+// The database of a working copy in the hands of another program, for tests and benchmarks.
 #pragma once
 
 #include <memory>
