@@ -7,9 +7,9 @@
 using platform::FileURL;
 using platform::VariantHandle;
 
-AnswerMonitor::AnswerMonitor(const PrivateBus &bus)
-    : connection_(bus.connectAsMonitor("type='signal',member='BadgeIdentifiersSet'")) {
+AnswerMonitor::AnswerMonitor(const PrivateBus &bus) : connection_(bus.connect()) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
+  PrivateBus::makeMonitor(connection_.get(), "type='signal',member='BadgeIdentifiersSet'");
 }
 
 AnswerMonitor::~AnswerMonitor() {

@@ -36,20 +36,18 @@ ObjectHandle<GDBusConnection> PrivateBus::connect() const {
   return connection;
 }
 
-ObjectHandle<GDBusConnection> PrivateBus::connectAsMonitor(const char *rule) const {
-  ObjectHandle<GDBusConnection> connection = connect();
+void PrivateBus::makeMonitor(GDBusConnection *connection, const char *rule) {
   GVariantBuilder rules;
   g_variant_builder_init(&rules, G_VARIANT_TYPE_STRING_ARRAY);
   g_variant_builder_add(&rules, "s", rule);
   ErrorHandle error;
   const VariantHandle reply(g_dbus_connection_call_sync(
-      connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+      connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
       "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", &rules, 0U),
       nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
     throw std::runtime_error(error->message);
   }
-  return connection;
 }
 
 void PrivateBus::stop() {

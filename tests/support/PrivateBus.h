@@ -19,9 +19,10 @@ class PrivateBus {
   // A connection of its own, which is not ended with the bus.
   platform::ObjectHandle<GDBusConnection> connect() const;
 
-  // One that hears everybody's messages that match the rule, such as "type='method_call'", from
-  // then on, and can say nothing.
-  platform::ObjectHandle<GDBusConnection> connectAsMonitor(const char *rule) const;
+  // Has a connection hear everybody's messages that match the rule, such as "type='method_call'",
+  // from then on. It may say nothing more: of calls that it hears and no filter takes away, GIO
+  // says that there is no such method, and the bus closes the connection.
+  static void makeMonitor(GDBusConnection *connection, const char *rule);
 
   // Ends the bus; its clients see their connections closed.
   void stop();

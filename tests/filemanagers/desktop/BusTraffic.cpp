@@ -16,8 +16,9 @@ constexpr const char *mark = "com.example.HeardUpToHere";
 }  // namespace
 
 BusTraffic::BusTraffic(const PrivateBus &bus)
-    : connection_(bus.connectAsMonitor("type='method_call'")), speaker_(bus.connect()) {
+    : connection_(bus.connect()), speaker_(bus.connect()) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
+  PrivateBus::makeMonitor(connection_.get(), "type='method_call'");
 }
 
 BusTraffic::~BusTraffic() {
