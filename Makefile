@@ -20,6 +20,7 @@ help:
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
 	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
 	@echo "make bench            compare with 'svn status' and others, as tables"
+	@echo "make bench LONG=1     the same on up to a million files, which takes hours to make"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make screenshots      take pictures of the file managers into docs/images"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
@@ -45,8 +46,8 @@ check-long:
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
-	@$(call build,release,extension_bench watch_bench file_manager_bench)
-	@tools/bench "$(RELEASE)"
+	@$(call build,release,extension_bench scan_bench watch_bench file_manager_bench)
+	@tools/bench "$(RELEASE)" $(if $(LONG),1000 10000 100000 1000000)
 
 contact-sheet: deps
 	@$(call build,release,contact_sheet halvern-finder-sync)

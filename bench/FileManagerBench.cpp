@@ -45,6 +45,10 @@ struct Measured {
 class LargeFolder {
  public:
   LargeFolder() {
+    writeTree(wc_.path(), itemCount, itemCount);
+    wc_.svn({"add", "--quiet", folder_});
+    wc_.commit();
+    wc_.svn({"update", "--quiet"});
     for (int item = 0; item < itemCount; item += modifiedEach) {
       writeFile(folder_ + "/f" + std::to_string(item), "modified\n");
     }
@@ -108,7 +112,7 @@ class LargeFolder {
   // In memory, since a disk takes a minute to commit so many files.
   const EnvironmentVariable temporary_{"TMPDIR", temporaryDirectoryInMemory()};
   DesktopSession session_;
-  const WorkingCopy wc_ = makeWorkingCopy(session_.extension().directory(), itemCount, itemCount);
+  const WorkingCopy wc_{session_.extension().directory()};
   const std::string folder_ = wc_ / "d0";
 };
 

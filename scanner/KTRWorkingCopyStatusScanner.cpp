@@ -1,28 +1,17 @@
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 
-#include <exception>
+#include <filesystem>
+#include <thread>
 
-#include <apr_hash.h>
-#include <svn_config.h>
 #include <svn_dirent_uri.h>
 #include <svn_error.h>
 
 #include "platform/Text.h"
+#include "scanner/SVNError.h"
 #include "scanner/SVNPool.h"
+#include "scanner/StatusWalk.h"
 
 namespace {
-
-// The library calls back through C frames, through which no C++ exception may pass.
-svn_error_t *deliverEntry(void *baton, const char *path, const svn_client_status_t *status,
-                          apr_pool_t * /*scratchPool*/) {
-  try {
-    return (*static_cast<const KTRWorkingCopyEntryBlock *>(baton))(path, status, nullptr);
-  } catch (const std::exception &exception) {
-    return svn_error_create(SVN_ERR_BASE, nullptr, exception.what());
-  } catch (...) {
-    return svn_error_create(SVN_ERR_BASE, nullptr, "The entry block has failed");
-  }
-}
 
 // What the library takes for granted of a path; it ends the process where that is not so.
 svn_error_t *checkTargetPath(const std::string &path, apr_pool_t *pool) {
@@ -37,18 +26,30 @@ svn_error_t *checkTargetPath(const std::string &path, apr_pool_t *pool) {
   return SVN_NO_ERROR;
 }
 
-// Reads a configuration directory and creates nothing. A broken or unreadable file in it must not
-// cost the scan, so the library's defaults stand in for the whole configuration then.
-apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool) {
-  apr_hash_t *configuration = nullptr;
-  const char *canonicalDir =
-      configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
-  svn_error_t *error = svn_config_get_config(&configuration, canonicalDir, pool);
-  if (error != nullptr) {
-    svn_error_clear(error);
-    return apr_hash_make(pool);
+WalkPlan planFor(const std::string &targetPath, const KTRWorkingCopyScanOptions &options) {
+  if (options.depth != svn_depth_infinity || options.contactsRepository) {
+    return {};
   }
-  return configuration;
+  return planForWorkingCopy(targetPath, std::thread::hardware_concurrency());
+}
+
+SVNError scan(const std::string &targetPath, const std::optional<std::string> &configDir,
+              const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock,
+              bool *isRefused) {
+  StatusWalk walk(targetPath, configDir, options, entryBlock, planFor(targetPath, options));
+  SVNError error = walk.run();
+  *isRefused = walk.isRefused();
+  for (const std::string &external : walk.externalsLeftOut()) {
+    std::error_code ignored;
+    if (*isRefused || !std::filesystem::is_directory(external, ignored)) {
+      continue;
+    }
+    SVNError another = scan(external, configDir, options, entryBlock, isRefused);
+    if (error == nullptr || *isRefused) {
+      error = std::move(another);
+    }
+  }
+  return error;
 }
 
 }  // namespace
@@ -63,21 +64,10 @@ KTRWorkingCopyScanOptions KTRWorkingCopyStatusScanner::localScanOptionsWithDepth
 svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
     const std::string &targetPath, const std::optional<std::string> &configDir,
     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock) {
-  const SVNPool pool;
-  SVN_ERR(checkTargetPath(targetPath, pool));
-
-  // A context that is kept answers wrongly, without an error, once wc.db has been replaced.
-  svn_client_ctx_t *context = nullptr;
-  SVN_ERR(svn_client_create_context2(&context, readConfiguration(configDir, pool), pool));
-
-  svn_opt_revision_t revision{};
-  revision.kind = svn_opt_revision_unspecified;
-  return svn_client_status6(
-      nullptr, context, targetPath.c_str(), &revision, options.depth,
-      /*get_all=*/options.reportsUnchanged, /*check_out_of_date=*/options.contactsRepository,
-      /*check_working_copy=*/TRUE, /*no_ignore=*/options.reportsIgnored,
-      /*ignore_externals=*/!options.entersExternals, /*depth_as_sticky=*/FALSE,
-      /*changelists=*/nullptr, deliverEntry,
-      const_cast<KTRWorkingCopyEntryBlock *>(&entryBlock),  // NOLINT: handed back as const
-      pool);
+  {
+    const SVNPool pool;
+    SVN_ERR(checkTargetPath(targetPath, pool));
+  }
+  bool isRefused = false;
+  return scan(targetPath, configDir, options, entryBlock, &isRefused).release();
 }

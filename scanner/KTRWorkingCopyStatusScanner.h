@@ -1,9 +1,11 @@
 // The local status walk of a working copy, on the Subversion client library.
 //
 // `KTREnsureSVNCoreInitialization` must have returned before the first scan. Scans may run on any
-// thread, several at once; each has its own client context and memory, and blocks its thread for
-// as long as the walk takes. A scan opens no connection and changes nothing in the working copy,
-// except that it rolls back a journal that a crashed client left behind.
+// thread, several at once; each has its own client contexts and memory, and blocks its thread for
+// as long as the walk takes. A large working copy is walked by as many threads as there are
+// processors (docs/scanning.md); those that help end with the scan. A scan opens no connection and
+// changes nothing in the working copy, except that it rolls back a journal that a crashed client
+// left behind.
 #pragma once
 
 #include <functional>
@@ -46,8 +48,10 @@ class KTRWorkingCopyStatusScanner {
   // `configDir` is the Subversion configuration directory; without one the user's own counts. A
   // configuration that cannot be read is replaced by the library's defaults.
   //
-  // Null on success, else an error that the caller clears. What was delivered before stays valid. A
-  // path of another form is an error, as is an exception that leaves the block.
+  // Null on success, else an error that the caller clears. A path of another form is an error, as
+  // is an exception that leaves the block. What was delivered before an error stays valid. A
+  // directory that cannot be read, or holds a name that is not valid UTF-8, costs what is there:
+  // the rest is delivered before the error is returned, some of it twice.
   static svn_error_t *scanLocalTarget(const std::string &targetPath,
                                       const std::optional<std::string> &configDir,
                                       KTRWorkingCopyScanOptions options,

@@ -2,29 +2,12 @@
 
 #include <future>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace platform {
 
 namespace {
-
-// A source that runs one block.
-struct BlockSource {
-  GSource base;
-  Queue::Block *block;
-};
-
-gboolean dispatchBlock(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
-  (*reinterpret_cast<BlockSource *>(source)->block)();
-  return G_SOURCE_REMOVE;
-}
-
-void finalizeBlock(GSource *source) {
-  delete reinterpret_cast<BlockSource *>(source)->block;  // NOLINT: the C structure owns it
-}
-
-GSourceFuncs blockSourceFunctions = {nullptr,       nullptr, dispatchBlock,
-                                     finalizeBlock, nullptr, nullptr};
 
 using ContextHandle = Handle<GMainContext, g_main_context_unref>;
 using LoopHandle = Handle<GMainLoop, g_main_loop_unref>;
@@ -70,86 +53,115 @@ class SerialQueue final : public MainContextQueue {
 
 }  // namespace
 
-// The blocks whose time has not come, behind one timer: a main context looks at every source that
-// it has each time it turns, and a storm of file-system events leaves thousands of blocks.
-class MainContextQueue::DelayedBlocks {
+// All blocks of a queue, behind one source: a main context looks at every source that it has each
+// time it turns, and a burst of requests or a storm of file-system events leaves thousands of
+// blocks. They belong to the source, so they last while it runs one of them that ends the queue.
+class MainContextQueue::Blocks {
  public:
-  DelayedBlocks(GMainContext *context, int priority)
-      : timer_(g_source_new(&timerFunctions, sizeof(Timer)), g_source_unref) {
-    reinterpret_cast<Timer *>(timer_.get())->blocks = this;
-    g_source_set_priority(timer_.get(), priority);
-    g_source_attach(timer_.get(), context);
+  static SourceHandle makeSource() {
+    SourceHandle source(g_source_new(&sourceFunctions, sizeof(Source)));
+    reinterpret_cast<Source *>(source.get())->blocks = new Blocks(source.get());  // NOLINT
+    return source;
   }
-  DelayedBlocks(const DelayedBlocks &) = delete;
-  DelayedBlocks &operator=(const DelayedBlocks &) = delete;
-  ~DelayedBlocks() { g_source_destroy(timer_.get()); }
 
-  // `readyTime` in microseconds of the monotonic clock.
-  void add(gint64 readyTime, Block block) {
+  static Blocks &ofSource(const SourceHandle &source) {
+    return *reinterpret_cast<Source *>(source.get())->blocks;
+  }
+
+  void add(std::chrono::microseconds delay, Block block) {
     const LockGuard guard(lock_);
-    blocks_.emplace(readyTime, std::move(block));
-    setTimer();
+    const gint64 dueTime = g_get_monotonic_time() + delay.count();
+    const bool isFirst = waiting_.empty() || dueTime < waiting_.begin()->first;
+    waiting_.emplace_hint(waiting_.end(), dueTime, std::move(block));
+    if (isFirst) {
+      setReadyTime();
+    }
+  }
+
+  // No more will be added. Those that are due still run.
+  void close() {
+    std::multimap<gint64, Block> forgotten;  // ends without the lock
+    const LockGuard guard(lock_);
+    isClosed_ = true;
+    for (auto block = firstNotDue(); block != waiting_.end();) {
+      forgotten.insert(waiting_.extract(block++));
+    }
+    if (waiting_.empty()) {
+      g_source_destroy(source_);
+    }
   }
 
  private:
-  struct Timer {
+  struct Source {
     GSource base;
-    DelayedBlocks *blocks;
+    Blocks *blocks;
   };
 
-  static gboolean dispatchTimer(GSource *timer, GSourceFunc /*callback*/, gpointer /*data*/) {
-    reinterpret_cast<Timer *>(timer)->blocks->runDue();
-    return G_SOURCE_CONTINUE;
+  explicit Blocks(GSource *source) : source_(source) {}
+
+  static gboolean dispatch(GSource *source, GSourceFunc /*callback*/, gpointer /*data*/) {
+    return reinterpret_cast<Source *>(source)->blocks->run() ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
   }
 
-  static inline GSourceFuncs timerFunctions = {nullptr, nullptr, dispatchTimer,
-                                               nullptr, nullptr, nullptr};
+  static void finalize(GSource *source) {
+    delete reinterpret_cast<Source *>(source)->blocks;  // NOLINT: the C structure owns it
+  }
 
-  // The blocks are taken out first: one of them may be the queue's end, and of this object.
-  void runDue() {
+  static inline GSourceFuncs sourceFunctions = {nullptr,  nullptr, dispatch,
+                                                finalize, nullptr, nullptr};
+
+  // Whether the source is still needed.
+  bool run() {
+    for (Block &block : takeDue()) {
+      std::exchange(block, nullptr)();  // which ends with its run
+    }
+    const LockGuard guard(lock_);
+    return !isClosed_ || !waiting_.empty();
+  }
+
+  std::vector<Block> takeDue() {
     std::vector<Block> due;
-    {
-      const LockGuard guard(lock_);
-      const auto end = blocks_.upper_bound(g_source_get_time(timer_.get()));
-      for (auto block = blocks_.begin(); block != end; block = blocks_.erase(block)) {
-        due.push_back(std::move(block->second));
-      }
-      setTimer();
+    const LockGuard guard(lock_);
+    const auto end = firstNotDue();
+    for (auto block = waiting_.begin(); block != end; block = waiting_.erase(block)) {
+      due.push_back(std::move(block->second));
     }
-    for (const Block &block : due) {
-      block();
-    }
+    setReadyTime();
+    return due;
   }
 
-  void setTimer() KTR_REQUIRES(lock_) {
-    g_source_set_ready_time(timer_.get(), blocks_.empty() ? -1 : blocks_.begin()->first);
+  std::multimap<gint64, Block>::iterator firstNotDue() KTR_REQUIRES(lock_) {
+    return waiting_.upper_bound(g_get_monotonic_time());
   }
 
-  const std::unique_ptr<GSource, decltype(&g_source_unref)> timer_;
+  void setReadyTime() KTR_REQUIRES(lock_) {
+    g_source_set_ready_time(source_, waiting_.empty() ? -1 : waiting_.begin()->first);
+  }
+
+  GSource *const source_;  // to which this belongs
   Lock lock_;
-  std::multimap<gint64, Block> blocks_ KTR_GUARDED_BY(lock_);
+  // By the time when each is due, in microseconds of the monotonic clock.
+  std::multimap<gint64, Block> waiting_ KTR_GUARDED_BY(lock_);
+  bool isClosed_ KTR_GUARDED_BY(lock_) = false;
 };
 
 MainContextQueue::MainContextQueue(GMainContext *context, int priority, std::thread::id thread)
-    : delayed_(std::make_unique<DelayedBlocks>(context, priority)),
-      context_(context),
-      priority_(priority),
-      thread_(thread) {}
+    : source_(Blocks::makeSource()), thread_(thread) {
+  g_source_set_priority(source_.get(), priority);
+  g_source_attach(source_.get(), context);
+}
 
-MainContextQueue::~MainContextQueue() = default;
+MainContextQueue::~MainContextQueue() {
+  Blocks::ofSource(source_).close();
+}
 
 void MainContextQueue::async(Block block) {
-  const Handle<GSource, g_source_unref> source(
-      g_source_new(&blockSourceFunctions, sizeof(BlockSource)));
-  reinterpret_cast<BlockSource *>(source.get())->block = new Block(std::move(block));  // NOLINT
-  g_source_set_priority(source.get(), priority_);
-  g_source_set_ready_time(source.get(), 0);
-  g_source_attach(source.get(), context_);
+  Blocks::ofSource(source_).add({}, std::move(block));
 }
 
 void MainContextQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {
-  const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(delay).count();
-  delayed_->add(g_get_monotonic_time() + microseconds, std::move(block));
+  Blocks::ofSource(source_).add(std::chrono::ceil<std::chrono::microseconds>(delay),
+                                std::move(block));
 }
 
 // Above the messages from the bus, whose dispatch has the default priority: what the process has

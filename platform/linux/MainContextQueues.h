@@ -26,11 +26,10 @@ class MainContextQueue : public Queue {
   void setThread(std::thread::id thread) { thread_ = thread; }
 
  private:
-  class DelayedBlocks;
+  class Blocks;
+  using SourceHandle = Handle<GSource, g_source_unref>;
 
-  const std::unique_ptr<DelayedBlocks> delayed_;
-  GMainContext *const context_;
-  const int priority_;
+  const SourceHandle source_;
   std::thread::id thread_;
 };
 

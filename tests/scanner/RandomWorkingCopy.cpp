@@ -38,12 +38,14 @@ std::string target(const std::string &path) {
 
 }  // namespace
 
-RandomWorkingCopy::RandomWorkingCopy(const TemporaryDirectory &directory, unsigned seed)
+RandomWorkingCopy::RandomWorkingCopy(const TemporaryDirectory &directory, unsigned seed,
+                                     Externals externals)
     : base_(directory.path()),
       path_(base_ + "/wörk @1"),
       otherPath_(base_ + "/other"),
       repositoryURL_("file://" + base_ + "/repository"),
-      random_(seed) {
+      random_(seed),
+      externals_(externals) {
   runSuccessfully({"svnadmin", "create", base_ + "/repository"});
   fs::create_directory_symlink("repository", base_ + "/same repository");
   fs::create_directory(base_ + "/outside");
@@ -365,6 +367,9 @@ void RandomWorkingCopy::switchFolder() {
 }
 
 void RandomWorkingCopy::setExternals() {
+  if (externals_ == Externals::none) {
+    return;
+  }
   const std::string folder = anyFolder();
   svn({"propset", "svn:externals",
        "'^/library/of files' '" + newName() + "'\n'^/library/of files/file' '" + newName() + "'",

@@ -10,7 +10,10 @@
 
 class RandomWorkingCopy {
  public:
-  RandomWorkingCopy(const TemporaryDirectory &directory, unsigned seed);
+  enum class Externals { some, none };
+
+  RandomWorkingCopy(const TemporaryDirectory &directory, unsigned seed,
+                    Externals externals = Externals::some);
 
   const std::string &path() const { return path_; }
 
@@ -96,6 +99,7 @@ class RandomWorkingCopy {
   const std::string otherPath_;
   std::string repositoryURL_;  // one of the two that there are
   std::mt19937 random_;
+  const Externals externals_;
   unsigned names_ = 0;
   std::string history_;
 };

@@ -107,9 +107,11 @@ TEST_F(ScannerFailure, ARootThatIsGoneIsAnError) {
   expectThatAnotherScanWorks();
 }
 
-TEST_F(ScannerFailure, ANameThatIsNotUTF8EndsTheScanWithAnErrorAndKeepsWhatCameBefore) {
+TEST_F(ScannerFailure, ANameThatIsNotUTF8IsAnErrorAndCostsNoVersionedItem) {
   writeFile(wc / "folder/\xFF", "");
-  EXPECT_NE(scan(wc.path()).error, 0);
+  const Scan result = scan(wc.path());
+  EXPECT_NE(result.error, 0);
+  EXPECT_EQ(result.nodes.size(), 3U);
   expectThatAnotherScanWorks();
 }
 

@@ -9,7 +9,7 @@ using platform::VariantHandle;
 
 AnswerMonitor::AnswerMonitor(const PrivateBus &bus) : connection_(bus.connect()) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
-  becomeMonitor(connection_.get(), "type='signal',member='BadgeIdentifiersSet'");
+  PrivateBus::makeMonitor(connection_.get(), "type='signal',member='BadgeIdentifiersSet'");
 }
 
 AnswerMonitor::~AnswerMonitor() {

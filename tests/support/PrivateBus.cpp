@@ -36,15 +36,7 @@ ObjectHandle<GDBusConnection> PrivateBus::connect() const {
   return connection;
 }
 
-void PrivateBus::stop() {
-  if (bus_ != nullptr) {
-    // Not g_test_dbus_down, which waits for connections of the whole process to be released.
-    g_test_dbus_stop(bus_.get());
-    bus_.reset();
-  }
-}
-
-void becomeMonitor(GDBusConnection *connection, const char *rule) {
+void PrivateBus::makeMonitor(GDBusConnection *connection, const char *rule) {
   GVariantBuilder rules;
   g_variant_builder_init(&rules, G_VARIANT_TYPE_STRING_ARRAY);
   g_variant_builder_add(&rules, "s", rule);
@@ -55,5 +47,13 @@ void becomeMonitor(GDBusConnection *connection, const char *rule) {
       nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
     throw std::runtime_error(error->message);
+  }
+}
+
+void PrivateBus::stop() {
+  if (bus_ != nullptr) {
+    // Not g_test_dbus_down, which waits for connections of the whole process to be released.
+    g_test_dbus_stop(bus_.get());
+    bus_.reset();
   }
 }

@@ -19,18 +19,17 @@ class PrivateBus {
   // A connection of its own, which is not ended with the bus.
   platform::ObjectHandle<GDBusConnection> connect() const;
 
+  // Has a connection hear everybody's messages that match the rule, such as "type='method_call'",
+  // from then on. It may say nothing more: of calls that it hears and no filter takes away, GIO
+  // says that there is no such method, and the bus closes the connection.
+  static void makeMonitor(GDBusConnection *connection, const char *rule);
+
   // Ends the bus; its clients see their connections closed.
   void stop();
 
  private:
   platform::ObjectHandle<GTestDBus> bus_;
 };
-
-// Has the connection hear everybody's messages that match the rule, such as "type='method_call'",
-// from then on. It may say nothing any more: the bus closes it even for GIO's answer to a call that
-// is for somebody else. So whoever hears calls keeps them from GIO, with a filter that is there
-// before.
-void becomeMonitor(GDBusConnection *connection, const char *rule);
 
 // Runs the default main context until `condition` holds; false if it does not within the time that
 // only a broken test takes.

@@ -89,32 +89,6 @@ TEST_F(LiveBadges, AHomeThatIsAWorkingCopyMakesNoLoop) {
   EXPECT_THAT(observer.changed, Contains(Pair(urlOf(session / "other/file.txt"), "modified")));
 }
 
-// How often the threads of a process have been given the processor.
-std::size_t wakeUpsOfProcess(pid_t process) {
-  std::size_t count = 0;
-  for (const auto &thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-    std::ifstream status(thread.path() / "status");
-    for (std::string line; std::getline(status, line);) {
-      if (line.find("ctxt_switches:") != std::string::npos) {
-        count += std::stoul(line.substr(line.find(':') + 1));
-      }
-    }
-  }
-  return count;
-}
-
-TEST_F(LiveBadges, AtRestTheExtensionDoesNotWakeUp) {
-  writeFile(wc / "folder/deeper/file.txt", "edited\n");
-  listAndWatch();
-  ASSERT_EQ(wrongBadges(), "");
-  turnFor(untilAllIsQuiet);
-  const char *seconds = std::getenv("HALVERN_IDLE_SECONDS");
-  const std::size_t before = wakeUpsOfProcess(session.extensionProcess());
-  turnFor(std::chrono::seconds(seconds == nullptr ? 10 : std::atoi(seconds)));
-  EXPECT_EQ(wakeUpsOfProcess(session.extensionProcess()) - before, 0U);
-  EXPECT_EQ(wrongBadges(), "");
-}
-
 TEST_F(LiveBadges, WorkingCopiesThatComeAndGoWhileFilesChangeEndRight) {
   const WorkingCopy second = wc.checkOutAgain("second");
   ASSERT_EQ(session.halvern({"add", second.path()}).status, 0);

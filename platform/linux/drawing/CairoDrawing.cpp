@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <librsvg/rsvg.h>
 #include <numbers>
 
 #include "platform/linux/drawing/CairoHandles.h"
-#include "platform/linux/drawing/SymbolArtwork.h"
+#include "platform/linux/drawing/SymbolPixels.h"
 #include "platform/linux/drawing/SystemColors.h"
 
 namespace platform {
@@ -62,24 +61,13 @@ Raster cutOut(const Raster &raster, int firstX, int firstY, int endX, int endY) 
 std::optional<Image> CairoDrawing::symbolImage(std::string_view name, double pointSize,
                                                FontWeight /*weight*/,
                                                const std::vector<SystemColor> &palette) {
-  const std::optional<std::string> artwork = symbolArtwork(name, palette);
-  if (!artwork) {
+  std::optional<Raster> raster = symbolPixels(name, palette);
+  if (!raster) {
     return std::nullopt;
   }
-  const auto *data = reinterpret_cast<const guint8 *>(artwork->data());
-  const ObjectHandle<RsvgHandle> document(
-      rsvg_handle_new_from_data(data, artwork->size(), nullptr));
-  if (document == nullptr) {
-    return Image();
-  }
-  const int pixels = static_cast<int>(std::ceil(pointSize));
   const Size size{pointSize, pointSize};
-  Raster raster = newRaster(pixels, pixels, size);
-  drawOnRaster(raster, [&](cairo_t *context) {
-    const RsvgRectangle viewport{0, 0, pointSize, pointSize};
-    rsvg_handle_render_document(document.get(), context, &viewport, nullptr);
-  });
-  return Image{size, {std::move(raster)}};
+  raster->logicalSize = size;
+  return Image{size, {*std::move(raster)}};
 }
 
 Raster CairoDrawing::newRaster(int pixelsWide, int pixelsHigh, Size logicalSize) {

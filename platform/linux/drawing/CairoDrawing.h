@@ -4,11 +4,12 @@
 
 namespace platform {
 
-// Draws with cairo, and the symbols with librsvg. Needs no file and keeps nothing between calls.
+// Draws with cairo; the symbols are rendered already. Needs no file and keeps nothing between
+// calls.
 class CairoDrawing final : public Drawing {
  public:
-  // A square of `pointSize` with one raster of as many pixels. The only weight is what the symbols
-  // are drawn in.
+  // A square of `pointSize` with one raster, which has the same pixels for every size. The only
+  // weight is what the symbols are drawn in.
   std::optional<Image> symbolImage(std::string_view name, double pointSize, FontWeight weight,
                                    const std::vector<SystemColor> &palette) override;
   Raster newRaster(int pixelsWide, int pixelsHigh, Size logicalSize) override;

@@ -1,4 +1,4 @@
-// The cairo and librsvg handles that this folder uses, and the way between rasters and surfaces.
+// The cairo handles that this folder uses, and the way between rasters and surfaces.
 #pragma once
 
 #include <cairo.h>

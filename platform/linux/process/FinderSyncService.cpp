@@ -66,6 +66,7 @@ struct FinderSyncService::Handlers {
     }
     (self->principalObject_->*request)(*url);
     complete(skeleton, invocation);
+    self->spareMemory_.noteWork();
     return handled;
   }
 
@@ -241,4 +242,5 @@ void FinderSyncService::sendMessages() {
                                   isAnswer ? "BadgeIdentifiersSet" : "BadgeIdentifiersChanged",
                                   badges.get(), nullptr);
   }
+  spareMemory_.noteWork();
 }

@@ -10,6 +10,7 @@
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/process/BadgeAnswers.h"
 #include "platform/linux/process/MenuRequest.h"
+#include "platform/linux/process/SpareMemory.h"
 
 class FinderSyncService final : public platform::FIFinderSyncController {
  public:
@@ -66,6 +67,7 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   std::vector<Badge> badges_;  // in order of registration
   BadgeAnswers answers_;
   MenuRequest menuRequest_;
+  SpareMemory spareMemory_;
   guint sendSource_ = 0;      // 0 while nothing is to be sent
   bool isGathering_ = false;  // whether that source waits for more
 };

@@ -18,13 +18,13 @@ constexpr const char *mark = "com.example.HeardUpToHere";
 BusTraffic::BusTraffic(const PrivateBus &bus)
     : connection_(bus.connect()), speaker_(bus.connect()) {
   filter_ = g_dbus_connection_add_filter(connection_.get(), messagePasses, this, nullptr);
-  becomeMonitor(connection_.get(), "type='method_call'");
+  PrivateBus::makeMonitor(connection_.get(), "type='method_call'");
 }
 
 BusTraffic::~BusTraffic() {
+  g_dbus_connection_remove_filter(connection_.get(), filter_);
   g_dbus_connection_close_sync(speaker_.get(), nullptr, nullptr);
   g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr);
-  g_dbus_connection_remove_filter(connection_.get(), filter_);
 }
 
 GDBusMessage *BusTraffic::messagePasses(GDBusConnection * /*connection*/, GDBusMessage *message,

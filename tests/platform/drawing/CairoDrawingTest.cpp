@@ -155,14 +155,15 @@ TEST(CairoDrawing, AnOvalFillsItsRectangleInTheColour) {
   EXPECT_EQ(target.pixelAt(16, 0), transparent);
 }
 
-TEST(CairoDrawing, ASymbolIsAsLargeAsItsPointSize) {
+TEST(CairoDrawing, ASymbolIsAsLargeAsItsPointSizeAndHasTheSamePixelsAtEach) {
   const auto symbol = CairoDrawing().symbolImage("plus.circle.fill", 40.0, FontWeight::bold,
                                                  {SystemColor::white, SystemColor::blue});
   ASSERT_TRUE(symbol);
   EXPECT_EQ(symbol->logicalSize, (Size{40, 40}));
   ASSERT_THAT(symbol->rasters, SizeIs(1));
-  EXPECT_EQ(symbol->rasters.front().pixelsWide, 40);
-  EXPECT_EQ(symbol->rasters.front().pixelsHigh, 40);
+  EXPECT_EQ(symbol->rasters.front().pixelsWide, 64);
+  EXPECT_EQ(symbol->rasters.front().pixelsHigh, 64);
+  EXPECT_EQ(symbol->rasters.front().logicalSize, (Size{40, 40}));
 }
 
 TEST(CairoDrawing, ThePalettesFirstColourPaintsTheGlyphAndTheSecondTheDisc) {

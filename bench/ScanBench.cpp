@@ -1,0 +1,113 @@
+// scan_bench [NUMBER-OF-FILES…]: the scanner by itself, beside "svn status" and beside a walk by
+// one thread on the same tree in the same run.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <stdexcept>
+#include <vector>
+
+#include "bench/Machine.h"
+#include "bench/Measure.h"
+#include "bench/SampleTrees.h"
+#include "scanner/SVNError.h"
+#include "scanner/StatusWalk.h"
+
+namespace {
+
+constexpr int runCount = 11;
+
+// Keeps nothing of what it is told.
+svn_error_t *ignoreEntry(const char *, const svn_client_status_t *, const svn_wc_status2_t *) {
+  return SVN_NO_ERROR;
+}
+
+void require(const SVNError &error) {
+  if (error != nullptr) {
+    throw std::runtime_error("the scan fails");
+  }
+}
+
+void scan(const std::string &root) {
+  require(SVNError(KTRWorkingCopyStatusScanner::scanLocalTarget(
+      root, std::nullopt,
+      KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity), ignoreEntry)));
+}
+
+void scanByOneThread(const std::string &root) {
+  const KTRWorkingCopyEntryBlock block = ignoreEntry;
+  StatusWalk walk(root, std::nullopt,
+                  KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity), block,
+                  {});
+  require(walk.run());
+}
+
+// A row of the table: three ways in turn, each as often at every place of the turn.
+void compare(const WorkingCopy &wc, int fileCount, const char *what) {
+  std::vector<Seconds> scans;
+  std::vector<Seconds> singles;
+  std::vector<Seconds> statuses;
+  const std::vector<std::function<void()>> ways = {
+      [&] { scans.push_back(timeOf([&] { scan(wc.path()); })); },
+      [&] { singles.push_back(timeOf([&] { scanByOneThread(wc.path()); })); },
+      [&] {
+        statuses.push_back(runProgram({"svn", "status", wc.path()}).duration);
+      }};
+  for (int i = 0; i < runCount; ++i) {
+    for (std::size_t way = 0; way < ways.size(); ++way) {
+      ways[(static_cast<std::size_t>(i) + way) % ways.size()]();
+    }
+  }
+  const long memory = runProgram({SCAN_ONCE, wc.path()}).peakMemory;
+  const long statusMemory = runProgram({"svn", "status", wc.path()}).peakMemory;
+  const Runs ours = summaryOf(scans);
+  const Runs single = summaryOf(singles);
+  const Runs status = summaryOf(statuses);
+  std::printf(
+      "| %7d | %s | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.2f | %.2f | %.1f | "
+      "%.1f |\n",
+      fileCount, what, inMilliseconds(ours.median), inMilliseconds(ours.least),
+      inMilliseconds(ours.greatest), inMilliseconds(single.median), inMilliseconds(single.least),
+      inMilliseconds(single.greatest), inMilliseconds(status.median), inMilliseconds(status.least),
+      inMilliseconds(status.greatest), ours.median / status.median, ours.median / single.median,
+      static_cast<double>(memory) / 1024, static_cast<double>(statusMemory) / 1024);
+  std::fflush(stdout);
+}
+
+void compareOn(int fileCount) {
+  const TemporaryDirectory directory;
+  const WorkingCopy wc = makeWorkingCopy(directory, fileCount);
+  compare(wc, fileCount, "none");
+  // One file in a hundred, all over the tree.
+  for (int i = 0; i < fileCount; i += 100) {
+    writeFile(wc / ("d" + std::to_string(i / filesInDirectory) + "/f" + std::to_string(i)),
+              "edited, and of another size\n");
+  }
+  compare(wc, fileCount, "1 %");
+}
+
+}  // namespace
+
+int main(int argumentCount, char **arguments) {
+  std::vector<int> sizes;
+  for (int i = 1; i < argumentCount; ++i) {
+    sizes.push_back(std::atoi(arguments[i]));  // NOLINT: 0 for nonsense, refused below
+    if (sizes.back() <= 0) {
+      std::fprintf(stderr, "Usage: %s [NUMBER-OF-FILES…]\n", arguments[0]);
+      return 2;
+    }
+  }
+  if (sizes.empty()) {
+    sizes = {1'000, 10'000, 100'000};
+  }
+  KTREnsureSVNCoreInitialization();
+  std::printf(
+      "%s; warm cache\n\nThe scanner by itself; median (least–greatest) of %d, in turn\n\n"
+      "| files | changed | scan, ms | by one thread, ms | svn status, ms | ratio to svn status | "
+      "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|\n",
+      machineText().c_str(), runCount);
+  for (const int size : sizes) {
+    compareOn(size);
+  }
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,38 @@
+// The few questions about a working copy for which the Subversion library has no call, put to its
+// database (".svn/wc.db") with SQLite. Reads only, and never waits for another program.
+//
+// The tables NODES and EXTERNALS are as Subversion has had them since 1.7. What cannot be read, for
+// whatever reason, has no answer; callers then do without.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+// The size of the database of the working copy whose top directory is `root`, in bytes; 0 where
+// there is none.
+std::uintmax_t sizeOfAdministrativeDatabase(const std::string &root);
+
+class AdministrativeDatabase {
+ public:
+  explicit AdministrativeDatabase(std::string root);
+
+  // Where the externals are that the last update has brought: absolute paths.
+  std::optional<std::vector<std::string>> externals() const;
+
+  // The absolute paths of at most that many nodes, taken at equal distances in the order in which
+  // they are stored: what is below a directory occurs in them in proportion. Sorted by bytes.
+  std::optional<std::vector<std::string>> sampleOfNodes(int count) const;
+
+ private:
+  struct Closing {
+    void operator()(sqlite3 *connection) const;
+  };
+
+  const std::string root_;
+  const std::unique_ptr<sqlite3, Closing> connection_;  // null where it cannot be opened
+};

@@ -1,0 +1,102 @@
+#include "scanner/StatusContext.h"
+
+#include <utility>
+
+#include <apr_hash.h>
+#include <svn_config.h>
+#include <svn_dirent_uri.h>
+#include <svn_error.h>
+
+#include "scanner/SVNError.h"
+
+namespace {
+
+svn_error_t *receive(void *baton, const char *path, const svn_client_status_t *status,
+                     apr_pool_t * /*scratchPool*/) {
+  return withoutExceptions(
+      [&] { return (*static_cast<const StatusReceiver *>(baton))(path, status); });
+}
+
+svn_error_t *receiveChild(void *baton, const char *path, const svn_client_info2_t *information,
+                          apr_pool_t * /*scratchPool*/) {
+  return withoutExceptions(
+      [&] { return (*static_cast<const ChildReceiver *>(baton))(path, information->kind); });
+}
+
+svn_error_t *interrupt(void *baton) {
+  return withoutExceptions(
+      [&] { return (*static_cast<const std::function<svn_error_t *()> *>(baton))(); });
+}
+
+// Creates nothing. A configuration that cannot be read must not cost the scan, so the library's
+// defaults stand in for the whole of it then.
+apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool) {
+  apr_hash_t *configuration = nullptr;
+  const char *canonicalDir =
+      configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
+  svn_error_t *error = svn_config_get_config(&configuration, canonicalDir, pool);
+  if (error != nullptr) {
+    svn_error_clear(error);
+    return apr_hash_make(pool);
+  }
+  return configuration;
+}
+
+}  // namespace
+
+StatusContext::StatusContext(std::optional<std::string> configDir,
+                             std::function<svn_error_t *()> interrupt)
+    : configDir_(std::move(configDir)),
+      interrupt_(std::move(interrupt)),
+      callPool_(svn_pool_create(pool_)) {}
+
+svn_error_t *StatusContext::report(const std::string &path,
+                                   const KTRWorkingCopyScanOptions &options,
+                                   const StatusReceiver &receiver) {
+  return ask(path, options, true, receiver);
+}
+
+svn_error_t *StatusContext::list(const std::string &directory, const StatusReceiver &receiver) {
+  KTRWorkingCopyScanOptions options;
+  options.depth = svn_depth_immediates;
+  options.reportsUnchanged = true;
+  return ask(directory, options, false, receiver);
+}
+
+svn_error_t *StatusContext::listRecorded(const std::string &directory,
+                                         const ChildReceiver &receiver) {
+  SVN_ERR(makeContext());
+  svn_pool_clear(callPool_);
+  svn_opt_revision_t revision{};
+  revision.kind = svn_opt_revision_unspecified;
+  return svn_client_info4(directory.c_str(), &revision, &revision, svn_depth_immediates,
+                          /*fetch_excluded=*/FALSE, /*fetch_actual_only=*/FALSE,
+                          /*include_externals=*/FALSE, /*changelists=*/nullptr, receiveChild,
+                          const_cast<ChildReceiver *>(&receiver),  // NOLINT: handed back as const
+                          context_, callPool_);
+}
+
+svn_error_t *StatusContext::ask(const std::string &path, const KTRWorkingCopyScanOptions &options,
+                                bool comparesFiles, const StatusReceiver &receiver) {
+  SVN_ERR(makeContext());
+  svn_pool_clear(callPool_);
+  svn_opt_revision_t revision{};
+  revision.kind = svn_opt_revision_unspecified;
+  return svn_client_status6(
+      nullptr, context_, path.c_str(), &revision, options.depth,
+      /*get_all=*/options.reportsUnchanged, /*check_out_of_date=*/options.contactsRepository,
+      /*check_working_copy=*/comparesFiles, /*no_ignore=*/options.reportsIgnored,
+      /*ignore_externals=*/!options.entersExternals, /*depth_as_sticky=*/FALSE,
+      /*changelists=*/nullptr, receive,
+      const_cast<StatusReceiver *>(&receiver),  // NOLINT: handed back as const
+      callPool_);
+}
+
+svn_error_t *StatusContext::makeContext() {
+  if (context_ == nullptr) {
+    SVN_ERR(svn_client_create_context2(&context_, readConfiguration(configDir_, pool_), pool_));
+    context_->cancel_func = interrupt;
+    context_->cancel_baton = const_cast<std::function<svn_error_t *()> *>(&interrupt_);  // NOLINT
+  }
+  return SVN_NO_ERROR;
+}

@@ -1,0 +1,26 @@
+// The database of a working copy in the hands of another program, for tests and benchmarks.
+#pragma once
+
+#include <memory>
+#include <string>
+
+struct sqlite3;
+
+class ForeignDatabase {
+ public:
+  // `root` is the working copy's top directory. Throws if it cannot be opened.
+  explicit ForeignDatabase(const std::string &root);
+
+  // Carries out SQL; failing throws. A transaction that it begins ends with the object.
+  void execute(const std::string &statements) const;
+
+  // Makes the database as large as that of a working copy with many nodes.
+  void grow() const;
+
+ private:
+  struct Closing {
+    void operator()(sqlite3 *connection) const;
+  };
+
+  std::unique_ptr<sqlite3, Closing> connection_;
+};

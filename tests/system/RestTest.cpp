@@ -1,0 +1,88 @@
+// What the extension costs while nothing happens. Not under sanitizers, which have an allocator of
+// their own.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+
+#include "platform/FileURL.h"
+#include "tests/system/LiveFixture.h"
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Longer than coalescing and the quiet period together take, and than the extension waits before it
+// gives memory back.
+constexpr auto untilAllIsQuiet = 6s;
+
+// The sum of a field's values in a file of /proc such as "status".
+std::size_t sumOfField(const std::string &path, const std::string &field) {
+  std::size_t sum = 0;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    if (line.find(field + ":") != std::string::npos) {
+      sum += std::stoul(line.substr(line.find(':') + 1));
+    }
+  }
+  return sum;
+}
+
+// How often the threads of a process have been given the processor.
+std::size_t wakeUpsOfProcess(pid_t process) {
+  std::size_t count = 0;
+  for (const auto &thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+    count += sumOfField(thread.path() / "status", "ctxt_switches");
+  }
+  return count;
+}
+
+// What it has allocated and touched, in KiB.
+std::size_t ownMemoryOfProcess(pid_t process) {
+  return sumOfField("/proc/" + std::to_string(process) + "/smaps_rollup", "Anonymous");
+}
+
+class AtRest : public LiveFixture {
+ protected:
+  AtRest() {
+    wc.addFile("file.txt", "text\n");
+    wc.svn({"update"});
+  }
+
+  std::size_t ownMemory() { return ownMemoryOfProcess(session.extensionProcess()); }
+};
+
+TEST_F(AtRest, TheExtensionDoesNotWakeUp) {
+  writeFile(wc / "file.txt", "edited\n");
+  listAndWatch();
+  ASSERT_EQ(wrongBadges(), "");
+  turnFor(untilAllIsQuiet);
+  const char *seconds = std::getenv("HALVERN_IDLE_SECONDS");
+  const std::size_t before = wakeUpsOfProcess(session.extensionProcess());
+  turnFor(std::chrono::seconds(seconds == nullptr ? 10 : std::atoi(seconds)));
+  EXPECT_EQ(wakeUpsOfProcess(session.extensionProcess()) - before, 0U);
+  EXPECT_EQ(wrongBadges(), "");
+}
+
+TEST_F(AtRest, WhatAScanHasUsedGoesBackToTheSystem) {
+  for (int i = 0; i < 50'000; ++i) {
+    writeFile(wc / ("unversioned/" + std::to_string(i)), "");
+  }
+  wc.svn({"add", "--quiet", "unversioned"});
+  BusClient asker(session.bus());
+  asker.directoryURLs();  // starts the extension
+  const std::size_t before = ownMemory();
+  listAndWatch();
+  const std::string item = platform::FileURL::fromPath(wc / "unversioned/0").text();
+  ASSERT_EQ(asker.requestBadges({item}), "");
+  ASSERT_TRUE(asker.waitForBadges(1));
+  const std::size_t used = ownMemory() - before;
+  EXPECT_GT(used, 8192U) << "the test shows nothing";
+
+  ASSERT_EQ(asker.call("EndObservingDirectory", g_variant_new("(s)", item.c_str())), "");
+  EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + used / 4; }))
+      << ownMemory() - before << " KiB of " << used << " are kept";
+}
+
+}  // namespace
