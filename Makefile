@@ -25,22 +25,24 @@ help:
 	@echo "make screenshots      take pictures of the file managers into docs/images"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make package          build Debian packages into build/packages"
-	@echo "make deps             install the Debian packages that are missing"
+	@echo "make deps             install the Debian packages that the tests need and that are missing"
 	@echo "make format, lint     format the sources; check their format and run the linter"
 	@echo "make clean            remove everything that was built"
 
 deps:
-	@tools/install-dependencies
+	@tools/install-dependencies test
 
-run: deps
-	@$(call build,release,halvern halvern-finder-sync)
-	@tools/run "$(RELEASE)" $(if $(WC),"$(WC)")
+# Without tests, so that it needs neither their packages nor those of the file managers.
+run:
+	@tools/install-dependencies run
+	@$(call build,run,halvern halvern-finder-sync)
+	@tools/run build/run $(if $(WC),"$(WC)")
 
 test: deps
 	@JOBS=$(JOBS) tools/test
 
 check-long:
-	@tools/install-dependencies --file-managers debhelper lintian
+	@tools/install-dependencies file-managers debhelper lintian
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
@@ -52,17 +54,18 @@ contact-sheet: deps
 	@tools/contact-sheet "$(RELEASE)" docs/images/badges.png
 
 screenshots:
-	@tools/install-dependencies --file-managers
+	@tools/install-dependencies file-managers
 	@$(call build,release,screenshots)
 	@tools/screenshots/take "$(RELEASE)" docs/images
 
-install: deps
+install:
+	@tools/install-dependencies install
 	cmake --preset release -B build/install -DCMAKE_INSTALL_PREFIX="$(PREFIX)" -DHALVERN_TESTS=OFF
 	cmake --build build/install -- -j$(JOBS)
 	DESTDIR="$(DESTDIR)" cmake --install build/install
 
 package:
-	@tools/install-dependencies debhelper
+	@tools/install-dependencies install debhelper
 	@JOBS=$(JOBS) tools/package
 
 format:

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -22,11 +21,7 @@ std::string urlText(const std::string &path, bool isDirectory = false) {
 
 // Until the badge is announced.
 void waitForChange(BusClient &client, const std::string &url) {
-  const bool hasCome = turnMainLoopUntil([&] {
-    return std::any_of(client.changed.begin(), client.changed.end(),
-                       [&url](const auto &badge) { return badge.first == url; });
-  });
-  if (!hasCome) {
+  if (!client.waitForChange(url)) {
     throw std::runtime_error("no badge comes for " + url);
   }
   client.changed.clear();

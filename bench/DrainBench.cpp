@@ -1,6 +1,5 @@
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -10,6 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "bench/WatchBench.h"
 #include "platform/linux/events/WatchedTrees.h"
@@ -160,21 +160,11 @@ void measureStorm(const char *name, const std::function<EventMaker(const std::st
   std::fflush(stdout);
 }
 
-// The usual temporary directory where there is none in memory.
-std::optional<std::string> inMemory() {
-  constexpr const char *path = "/dev/shm";
-  if (access(path, W_OK) == 0) {
-    return path;
-  }
-  const char *usual = std::getenv("TMPDIR");
-  return usual == nullptr ? std::nullopt : std::optional<std::string>(usual);
-}
-
 }  // namespace
 
 void measureDraining() {
   // In memory, where files are made fastest.
-  const EnvironmentVariable temporary("TMPDIR", inMemory());
+  const EnvironmentVariable temporary("TMPDIR", temporaryDirectoryInMemory());
   std::printf(
       "\nTaking in events; median (least–greatest) of %d\n\n| what | speed | processor, µs an "
       "event "

@@ -1,23 +1,24 @@
 // What the plug-in costs a file manager that shows a folder of 10,000 items: time until everything
-// is drawn, memory, and messages; beside the same file manager without the plug-in.
+// is drawn, memory, and messages; beside the same file manager without the plug-in. The extension
+// runs already and watches the folder, so none of its own start is in the figures.
 #include <algorithm>
+#include <charconv>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <memory>
+#include <cstring>
+#include <exception>
+#include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "bench/Machine.h"
 #include "bench/Measure.h"
+#include "bench/SampleTrees.h"
 #include "tests/filemanagers/desktop/BusTraffic.h"
-#include "tests/filemanagers/desktop/DesktopSession.h"
-#include "tests/filemanagers/desktop/FileManager.h"
-#include "tests/support/RunningProgram.h"
-#include "tests/support/Subversion.h"
+#include "tests/filemanagers/desktop/FileManagerWindow.h"
+#include "tests/support/BusClient.h"
+#include "tests/support/EnvironmentVariable.h"
 
 namespace {
 
@@ -29,17 +30,9 @@ constexpr int modifiedEach = 3;  // every third item has a badge
 constexpr int runCount = 3;
 constexpr int usualRefreshCount = 100;
 
-// After so long without a change on the screen, nothing more will come: longer than the extension
-// gathers the changes at the start of its watches, and is quiet after them.
-constexpr milliseconds stillness{4000};
+// After so long without a change on the screen, nothing more will come.
+constexpr milliseconds stillness{2000};
 constexpr milliseconds refreshStillness{500};
-constexpr milliseconds pictureInterval{20};
-
-std::string nameOf(int item) {
-  char name[16];
-  std::snprintf(name, sizeof name, "f%05d.txt", item);
-  return name;
-}
 
 struct Measured {
   Seconds untilDrawn = 0;
@@ -48,40 +41,44 @@ struct Measured {
   std::size_t calls = 0;    // that asked for badges, before the refreshes
 };
 
-class FileManagerRun {
+// One session for all runs.
+class LargeFolder {
  public:
-  explicit FileManagerRun(bool hasPlugIn) : wc_(session_.extension().directory()) {
-    for (int item = 0; item < itemCount; ++item) {
-      writeFile(wc_ / nameOf(item), "as committed\n");
-    }
-    wc_.svn({"add", "--quiet", "--force", "."});
+  LargeFolder() {
+    writeTree(wc_.path(), itemCount, itemCount);
+    wc_.svn({"add", "--quiet", folder_});
     wc_.commit();
     wc_.svn({"update", "--quiet"});
     for (int item = 0; item < itemCount; item += modifiedEach) {
-      writeFile(wc_ / nameOf(item), "modified\n");
+      writeFile(folder_ + "/f" + std::to_string(item), "modified\n");
     }
-    session_.extension().halvern({"add", wc_.path()});
-    writeFile(session_.extension() / "configuration/glib-2.0/settings/keyfile",
-              fileManager_.settings);
-    options_ = session_.environment();
-    options_.environment["CAJA_EXTENSION_DIRS"] =
-        hasPlugIn ? fileManager_.environment.at("CAJA_EXTENSION_DIRS")
-                  : session_.extension() / "no plug-ins";
+    ExtensionSession &extension = session_.extension();
+    const CommandResult added = extension.halvern({"add", wc_.path()});
+    if (added.status != 0) {
+      throw std::runtime_error(added.errors);
+    }
+    BusClient observer(extension.bus());
+    observer.directoryURLs();  // starts the extension
+    if (!observer.waitForChange(platform::FileURL::fromPath(wc_.path(), true).text())) {
+      throw std::runtime_error("The working copy is not watched");
+    }
   }
 
-  Measured measure(int refreshCount) {
-    BusTraffic traffic(session_.extension().bus());
-    std::string command = "exec";
-    for (const std::string &argument : fileManager_.command) {
-      command += " " + argument;
+  Measured measure(bool hasPlugIn, int refreshCount) {
+    FileManager fileManager = fileManagerUnderTest();
+    if (!hasPlugIn) {
+      fileManager.environment["CAJA_EXTENSION_DIRS"] = session_.extension() / "no plug-ins";
     }
+    BusTraffic traffic(session_.extension().bus());
+    const Picture empty = session_.display().picture();
     const auto begin = steady_clock::now();
-    RunningProgram program({"sh", "-c", command + " \"$1\" > \"$2\" 2>&1", "sh", wc_.path(),
-                            session_.extension() / "file-manager-errors"},
-                           options_);
+    const FileManagerWindow window(session_, fileManager, folder_);
+    if (!turnMainLoopUntil([&] { return !(session_.display().picture() == empty); })) {
+      throw std::runtime_error("The file manager shows nothing: " + window.errors());
+    }
     Measured result;
-    result.untilDrawn = std::chrono::duration<double>(lastChange(stillness) - begin).count();
-    result.memory = ownMemoryOfProcess(program.processIdentifier());
+    result.untilDrawn = std::chrono::duration<Seconds>(lastChange(stillness) - begin).count();
+    result.memory = memoryOf(window);
     const std::vector<std::string> calls = traffic.calls();
     result.calls = static_cast<std::size_t>(std::count_if(
         calls.begin(), calls.end(),
@@ -91,32 +88,32 @@ class FileManagerRun {
       session_.display().press("F5");
       lastChange(refreshStillness);
     }
-    result.memoryAtTheEnd = ownMemoryOfProcess(program.processIdentifier());
-    program.sendSignal(SIGTERM);
-    program.waitForEnd();
+    result.memoryAtTheEnd = memoryOf(window);
     return result;
   }
 
  private:
-  // Waits until nothing changes any more for that long; when it did last.
   steady_clock::time_point lastChange(milliseconds stillFor) const {
-    auto last = steady_clock::now();
-    Picture before = session_.display().picture();
-    while (steady_clock::now() - last < stillFor) {
-      std::this_thread::sleep_for(pictureInterval);
-      Picture now = session_.display().picture();
-      if (!(now == before)) {
-        last = steady_clock::now();
-        before = std::move(now);
-      }
+    const auto last = session_.display().waitUntilStill(stillFor);
+    if (!last) {
+      throw std::runtime_error("The screen does not come to rest");
     }
-    return last;
+    return *last;
   }
 
+  static long memoryOf(const FileManagerWindow &window) {
+    const std::string process = window.processIdentifier();
+    if (process.empty()) {
+      throw std::runtime_error("The file manager has ended: " + window.errors());
+    }
+    return ownMemoryOfProcess(process);
+  }
+
+  // In memory, since a disk takes a minute to commit so many files.
+  const EnvironmentVariable temporary_{"TMPDIR", temporaryDirectoryInMemory()};
   DesktopSession session_;
-  const WorkingCopy wc_;
-  const FileManager fileManager_ = fileManagerUnderTest();
-  CommandOptions options_;
+  const WorkingCopy wc_{session_.extension().directory()};
+  const std::string folder_ = wc_ / "d0";
 };
 
 struct Row {
@@ -127,20 +124,19 @@ struct Row {
   Measured last = {};
 };
 
-}  // namespace
-
-int main(int argumentCount, char **arguments) {
-  const int refreshCount = argumentCount > 1 ? std::atoi(arguments[1]) : usualRefreshCount;
+void compare(int refreshCount) {
   std::printf(
       "%s\n\nCaja on a folder of %d items, every third modified: median (least–greatest) of %d "
       "runs in turn; memory of its own, the last run's also after %d refreshes\n\n"
       "| | until all is drawn, s | memory, MiB | after the refreshes, MiB | calls for badges "
       "|\n|---|---|---|---|---|\n",
       machineText().c_str(), itemCount, runCount, refreshCount);
+  std::fflush(stdout);
+  LargeFolder folder;
   std::vector<Row> rows = {{"without the plug-in", false}, {"with it", true}};
   for (int i = 1; i <= runCount; ++i) {
     for (Row &row : rows) {
-      row.last = FileManagerRun(row.hasPlugIn).measure(i == runCount ? refreshCount : 0);
+      row.last = folder.measure(row.hasPlugIn, i == runCount ? refreshCount : 0);
       row.durations.push_back(row.last.untilDrawn);
       row.memory.push_back(static_cast<double>(row.last.memory) / 1024);
     }
@@ -152,6 +148,26 @@ int main(int argumentCount, char **arguments) {
                 durations.median, durations.least, durations.greatest, memory.median, memory.least,
                 memory.greatest, static_cast<double>(row.last.memoryAtTheEnd) / 1024,
                 row.last.calls);
+  }
+}
+
+}  // namespace
+
+int main(int argumentCount, char **arguments) {
+  int refreshCount = usualRefreshCount;
+  if (argumentCount > 1) {
+    const char *end = arguments[1] + std::strlen(arguments[1]);
+    const auto [after, error] = std::from_chars(arguments[1], end, refreshCount);
+    if (argumentCount > 2 || error != std::errc() || after != end || refreshCount < 0) {
+      std::fprintf(stderr, "Usage: %s [NUMBER-OF-REFRESHES]\n", arguments[0]);
+      return 2;
+    }
+  }
+  try {
+    compare(refreshCount);
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "%s: %s\n", arguments[0], error.what());
+    return EXIT_FAILURE;
   }
   return EXIT_SUCCESS;
 }

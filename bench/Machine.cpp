@@ -7,6 +7,7 @@
 #include <sys/sysmacros.h>
 #include <sys/utsname.h>
 #include <thread>
+#include <unistd.h>
 
 #include "platform/linux/GLibHandles.h"
 
@@ -28,6 +29,15 @@ std::string machineText() {
   text << date.get() << ", commit " << (commit == nullptr ? "unknown" : commit) << "; "
        << std::thread::hardware_concurrency() << " × " << model << ", Linux " << system.release;
   return text.str();
+}
+
+std::optional<std::string> temporaryDirectoryInMemory() {
+  constexpr const char *path = "/dev/shm";
+  if (access(path, W_OK) == 0) {
+    return path;
+  }
+  const char *usual = std::getenv("TMPDIR");
+  return usual == nullptr ? std::nullopt : std::optional<std::string>(usual);
 }
 
 std::string fileSystemOf(const std::string &path) {

@@ -19,10 +19,6 @@ using platform::VariantHandle;
 
 namespace {
 
-constexpr const char *driverName = "org.freedesktop.DBus";
-constexpr const char *driverPath = "/org/freedesktop/DBus";
-constexpr const char *propertiesInterface = "org.freedesktop.DBus.Properties";
-
 // Well within what one call may carry, 100,000 urls and 16 MiB, and small enough that answers come
 // soon after the first question.
 constexpr std::size_t greatestChunkCount = 10'000;
@@ -41,8 +37,9 @@ std::optional<std::string> startedOwner(GDBusConnection *connection,
            nullptr) == nullptr) {
     return std::nullopt;
   }
-  const VariantHandle reply = call({driverName, driverPath, driverName, "GetNameOwner"},
-                                   g_variant_new("(s)", platform::finderSyncBusName));
+  const VariantHandle reply = call(
+      {platform::busDaemonName, platform::busDaemonPath, platform::busDaemonName, "GetNameOwner"},
+      g_variant_new("(s)", platform::finderSyncBusName));
   if (reply == nullptr) {
     return std::nullopt;
   }
@@ -126,7 +123,7 @@ BadgeClient::BadgeClient(ObjectHandle<GDBusConnection> connection,
       g_signal_connect(proxy_.get(), "badge-identifiers-changed", G_CALLBACK(changesArrived), this);
 
   propertiesSubscription_ = g_dbus_connection_signal_subscribe(
-      connection_.get(), processName(), propertiesInterface, "PropertiesChanged",
+      connection_.get(), processName(), platform::propertiesInterface, "PropertiesChanged",
       platform::finderSyncObjectPath, platform::finderSyncInterface, G_DBUS_SIGNAL_FLAGS_NONE,
       [](GDBusConnection *, const char *, const char *, const char *, const char *,
          GVariant *parameters, gpointer self) {
@@ -162,11 +159,11 @@ Result<std::vector<std::string>> BadgeClient::directoryPaths() {
     return *directoryPaths_;
   }
   ErrorHandle error;
-  const VariantHandle reply =
-      callOverBus(connection_.get(),
-                  {processName(), platform::finderSyncObjectPath, propertiesInterface, "Get"},
-                  g_variant_new("(ss)", platform::finderSyncInterface, "DirectoryURLs"),
-                  limits_.patience, limits_.shouldStop, error);
+  const VariantHandle reply = callOverBus(
+      connection_.get(),
+      {processName(), platform::finderSyncObjectPath, platform::propertiesInterface, "Get"},
+      g_variant_new("(ss)", platform::finderSyncInterface, "DirectoryURLs"), limits_.patience,
+      limits_.shouldStop, error);
   if (reply == nullptr) {
     return Paths::failure(whyUnanswered(error, limits_.patience));
   }

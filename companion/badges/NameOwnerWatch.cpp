@@ -7,8 +7,8 @@ namespace companion {
 NameOwnerWatch::NameOwnerWatch(GDBusConnection *connection, Handler handler)
     : connection_(G_DBUS_CONNECTION(g_object_ref(connection))), handler_(std::move(handler)) {
   subscription_ = g_dbus_connection_signal_subscribe(
-      connection_.get(), "org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged",
-      "/org/freedesktop/DBus", platform::finderSyncBusName, G_DBUS_SIGNAL_FLAGS_NONE,
+      connection_.get(), platform::busDaemonName, platform::busDaemonName, "NameOwnerChanged",
+      platform::busDaemonPath, platform::finderSyncBusName, G_DBUS_SIGNAL_FLAGS_NONE,
       [](GDBusConnection *, const char *, const char *, const char *, const char *,
          GVariant *parameters, gpointer self) {
         const char *owner = nullptr;

@@ -4,6 +4,7 @@
 
 #include "companion/Output.h"
 #include "companion/SessionBus.h"
+#include "platform/linux/BusNames.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/MainContextQueues.h"
@@ -25,7 +26,7 @@ void announceManifest() {
         .postNotification("com.morvane.finderSync.manifestUpdated");
     // The bus takes messages in order: its answer to this one says that it has the one before.
     answer.reset(g_dbus_connection_call_sync(
-        connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        connection.get(), platform::busDaemonName, platform::busDaemonPath, platform::busDaemonName,
         "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   }
   if (answer == nullptr) {

@@ -58,7 +58,12 @@ void ExtensionClient::vanished() {
   presence_.vanished();
 }
 
+// The bus tells of the appearance of one that somebody else has started; the answer to the own try
+// to start it, though given before, may be taken in after that.
 void ExtensionClient::isMissing() {
+  if (presence_.isThere()) {
+    return;
+  }
   presence_.isMissing();
   tellMenuChanged(menu_.clear());
   items_.clear();

@@ -50,7 +50,7 @@ class ExtensionEvents {
   virtual void appeared() = 0;
   virtual void vanished() = 0;
 
-  // It was to be started, and is not installed.
+  // It was to be started, and is not installed. May come late, when it has appeared meanwhile.
   virtual void isMissing() = 0;
 
   virtual void takeIconNames(const IconNames &iconNames) = 0;

@@ -19,6 +19,8 @@ class ExtensionPresence {
   // an extension that does not come, or does not stay, is started again.
   void request();
 
+  bool isThere() const { return phase_ == Phase::there; }
+
   // Whether it has turned out lately not to be installed.
   bool hasBeenMissing() const { return phase_ == Phase::missing; }
 

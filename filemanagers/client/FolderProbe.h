@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-#include "filemanagers/client/MainLoop.h"
+#include "filemanagers/client/ProbeSchedule.h"
 
 namespace filemanagers {
 
@@ -29,18 +29,15 @@ class FolderProbe {
   void take(const std::string &path);
 
  private:
-  void planProbe();
   void probe();
   void leaveSilentFolders();
 
-  MainLoop &mainLoop_;
   const FileManager fileManager_;
+  ProbeSchedule schedule_;
 
   std::set<std::string, std::less<>> folders_;
   std::set<std::string, std::less<>>
       silentFolders_;  // their item was not asked for since the probe
-  bool isProbing_ = false;
-  bool probesAgain_ = false;
 };
 
 }  // namespace filemanagers

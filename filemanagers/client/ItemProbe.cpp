@@ -9,11 +9,6 @@ namespace filemanagers {
 
 namespace {
 
-// After the first item of a new folder, when the view of the old one is surely gone; and then the
-// time in which also a busy file manager asks.
-constexpr std::chrono::seconds probeDelay{5};
-constexpr std::chrono::seconds answerDelay{10};
-
 // How much the number of items may grow without a probe, at least.
 constexpr std::size_t smallestGrowth = 1'000;
 
@@ -23,7 +18,11 @@ constexpr std::size_t redrawCountPerTurn = 250;
 }  // namespace
 
 ItemProbe::ItemProbe(MainLoop &mainLoop, FileManager fileManager)
-    : mainLoop_(mainLoop), fileManager_(std::move(fileManager)) {}
+    : mainLoop_(mainLoop),
+      fileManager_(std::move(fileManager)),
+      schedule_(mainLoop, {.redraw = [this] { probe(); },
+                           .leaveSilent = [this] { leaveSilentItems(); },
+                           .isStillNeeded = [this] { return folders_.size() > 1; }}) {}
 
 void ItemProbe::take(const std::string &path) {
   const auto [item, isNew] = items_.insert_or_assign(path, true);
@@ -36,16 +35,9 @@ void ItemProbe::take(const std::string &path) {
     folders_.emplace(folder);
   }
   const std::size_t growth = std::max(countAfterProbe_ / 2, smallestGrowth);
-  const bool hasGrown = !isProbing_ && items_.size() > countAfterProbe_ + growth;
+  const bool hasGrown = !schedule_.isUnderWay() && items_.size() > countAfterProbe_ + growth;
   if (hasGrown || (isOfNewFolder && folders_.size() > 1)) {
-    planProbe();
-  }
-}
-
-void ItemProbe::planProbe() {
-  probesAgain_ = std::exchange(isProbing_, true);
-  if (!probesAgain_) {
-    mainLoop_.callAfter(probeDelay, [this] { probe(); });
+    schedule_.plan();
   }
 }
 
@@ -64,7 +56,7 @@ void ItemProbe::redrawNext() {
     fileManager_.redraw(path);
   }
   if (undrawn_.empty()) {
-    mainLoop_.callAfter(answerDelay, [this] { leaveSilentItems(); });
+    schedule_.waitForAnswers();
   } else {
     mainLoop_.callSoon([this] { redrawNext(); });
   }
@@ -82,10 +74,6 @@ void ItemProbe::leaveSilentItems() {
     return !wasAskedFor;
   });
   countAfterProbe_ = items_.size();
-  isProbing_ = false;
-  if (std::exchange(probesAgain_, false) && folders_.size() > 1) {
-    planProbe();
-  }
 }
 
 }  // namespace filemanagers

@@ -14,7 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "filemanagers/client/MainLoop.h"
+#include "filemanagers/client/ProbeSchedule.h"
 
 namespace filemanagers {
 
@@ -31,20 +31,18 @@ class ItemProbe {
   void take(const std::string &path);
 
  private:
-  void planProbe();
   void probe();
   void redrawNext();
   void leaveSilentItems();
 
   MainLoop &mainLoop_;
   const FileManager fileManager_;
+  ProbeSchedule schedule_;
 
   std::unordered_map<std::string, bool> items_;  // whether they were asked for since the probe
   std::set<std::string, std::less<>> folders_;   // of the items
   std::vector<std::string> undrawn_;             // that the probe has still to redraw
   std::size_t countAfterProbe_ = 0;
-  bool isProbing_ = false;
-  bool probesAgain_ = false;
 };
 
 }  // namespace filemanagers

@@ -18,8 +18,6 @@ using platform::VariantHandle;
 
 namespace {
 
-constexpr const char *propertiesInterface = "org.freedesktop.DBus.Properties";
-
 // Nobody waits for the answers, and an extension that was stopped for a while still gives them.
 constexpr int forever = G_MAXINT;  // milliseconds
 
@@ -203,9 +201,9 @@ void BusLink::takeProxy(ObjectHandle<HalvernFinderSync1> proxy) {
   g_dbus_proxy_set_default_timeout(G_DBUS_PROXY(proxy_.get()), forever);
   g_signal_connect(proxy_.get(), "notify::g-name-owner", G_CALLBACK(Callbacks::ownerChanged), this);
   propertiesSubscription_ = g_dbus_connection_signal_subscribe(
-      connection_.get(), platform::finderSyncBusName, propertiesInterface, "PropertiesChanged",
-      platform::finderSyncObjectPath, platform::finderSyncInterface, G_DBUS_SIGNAL_FLAGS_NONE,
-      Callbacks::propertiesChanged, this, nullptr);
+      connection_.get(), platform::finderSyncBusName, platform::propertiesInterface,
+      "PropertiesChanged", platform::finderSyncObjectPath, platform::finderSyncInterface,
+      G_DBUS_SIGNAL_FLAGS_NONE, Callbacks::propertiesChanged, this, nullptr);
   g_signal_connect(proxy_.get(), "badge-identifiers-set", G_CALLBACK(Callbacks::badgesSet), this);
   g_signal_connect(proxy_.get(), "badge-identifiers-changed", G_CALLBACK(Callbacks::badgesChanged),
                    this);
@@ -225,7 +223,7 @@ void BusLink::ownerChanged() {
     return;
   }
   isThere_ = true;
-  const std::string method = std::string(propertiesInterface) + ".GetAll";
+  const std::string method = std::string(platform::propertiesInterface) + ".GetAll";
   g_dbus_proxy_call(G_DBUS_PROXY(proxy_.get()), method.c_str(),
                     g_variant_new("(s)", platform::finderSyncInterface), G_DBUS_CALL_FLAGS_NONE,
                     forever, processCancellable_.get(), Callbacks::propertiesArrived, this);
@@ -275,7 +273,7 @@ void BusLink::start() {
     return;
   }
   g_dbus_connection_call(
-      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      connection_.get(), platform::busDaemonName, platform::busDaemonPath, platform::busDaemonName,
       "StartServiceByName", g_variant_new("(su)", platform::finderSyncBusName, 0U), nullptr,
       G_DBUS_CALL_FLAGS_NONE, forever, cancellable_.get(), Callbacks::startEnded, this);
 }

@@ -19,10 +19,6 @@ using platform::FIMenuKind;
 
 namespace {
 
-constexpr const char *busDaemon = "org.freedesktop.DBus";
-constexpr const char *busDaemonPath = "/org/freedesktop/DBus";
-constexpr const char *propertiesInterface = "org.freedesktop.DBus.Properties";
-
 // Nobody waits for the answers, and an extension that was stopped for a while still gives them.
 constexpr int forever = std::numeric_limits<int>::max();  // milliseconds
 
@@ -51,7 +47,8 @@ ExtensionEvents::Badges badgesOf(const BadgesMessage &message) {
 }
 
 QDBusMessage callOfDaemon(const char *method) {
-  return QDBusMessage::createMethodCall(busDaemon, busDaemonPath, busDaemon, method);
+  return QDBusMessage::createMethodCall(platform::busDaemonName, platform::busDaemonPath,
+                                        platform::busDaemonName, method);
 }
 
 // Calls the function with the ended call, unless the context is gone then.
@@ -96,7 +93,7 @@ void QtBusLink::listen() {
   connection_.connect(anybody, platform::finderSyncObjectPath, platform::finderSyncInterface,
                       "BadgeIdentifiersChanged", this,
                       SLOT(badgeIdentifiersChanged(filemanagers::BadgesMessage, QDBusMessage)));
-  connection_.connect(anybody, platform::finderSyncObjectPath, propertiesInterface,
+  connection_.connect(anybody, platform::finderSyncObjectPath, platform::propertiesInterface,
                       "PropertiesChanged", this,
                       SLOT(propertiesChanged(QString, QVariantMap, QStringList, QDBusMessage)));
 }
@@ -148,7 +145,7 @@ void QtBusLink::takeOwner(const QString &owner) {
 
 void QtBusLink::askForProperties() {
   QDBusMessage call = QDBusMessage::createMethodCall(proxy_->service(), proxy_->path(),
-                                                     propertiesInterface, "GetAll");
+                                                     platform::propertiesInterface, "GetAll");
   call << QString(platform::finderSyncInterface);
   whenEnded(connection_.asyncCall(call, forever), proxy_.get(),
             [this](const QDBusPendingCall &ended) {

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <memory>
 
+#include "platform/linux/BusNames.h"
+
 namespace platform {
 
 namespace {
@@ -77,10 +79,10 @@ void DBusNotificationCenter::addObserver(const std::string &name, std::function<
   const std::string rule =
       "type='signal',interface='" + signal.interface + "',member='" + signal.member + "'";
   ErrorHandle error;
-  const VariantHandle reply(g_dbus_connection_call_sync(
-      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-      "AddMatch", g_variant_new("(s)", rule.c_str()), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
-      ErrorOut(error)));
+  const VariantHandle reply(
+      g_dbus_connection_call_sync(connection_.get(), busDaemonName, busDaemonPath, busDaemonName,
+                                  "AddMatch", g_variant_new("(s)", rule.c_str()), nullptr,
+                                  G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {
     g_warning("The session bus does not deliver %s: %s", name.c_str(), error->message);
   }

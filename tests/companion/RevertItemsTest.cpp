@@ -209,6 +209,14 @@ class RevertOfUnlistedThings : public RevertItems {
     EXPECT_EQ(readFileForTest(wc / "other.txt"), "one\n");
   }
 
+  // What is written into that file now stays there, because the selected item is refused.
+  void expectToStay(const std::string &file, const std::string &selected,
+                    const std::string &obstacle) {
+    writeFile(wc / file, "mine\n");
+    expectRefusal(selected, obstacle);
+    EXPECT_EQ(readFileForTest(wc / file), "mine\n");
+  }
+
   RevertOfUnlistedThings() {
     wc.addFile("other.txt", "one\n");
     wc.svn({"update", "--quiet"});
@@ -217,53 +225,39 @@ class RevertOfUnlistedThings : public RevertItems {
 
 TEST_F(RevertOfUnlistedThings, AFolderInThePlaceOfAFileStays) {
   fs::remove(wc / "docs/readme.txt");
-  writeFile(wc / "docs/readme.txt/deep/mine.txt", "mine\n");
-  expectRefusal("docs", "docs/readme.txt");
-  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt/deep/mine.txt"), "mine\n");
+  expectToStay("docs/readme.txt/deep/mine.txt", "docs", "docs/readme.txt");
 }
 
 TEST_F(RevertOfUnlistedThings, AFileInThePlaceOfAFolderStays) {
   fs::remove_all(wc / "docs");
-  writeFile(wc / "docs", "mine\n");
-  expectRefusal("docs", "docs");
-  EXPECT_EQ(readFileForTest(wc / "docs"), "mine\n");
+  expectToStay("docs", "docs", "docs");
 }
 
 TEST_F(RevertOfUnlistedThings, AFileMadeAnewInThePlaceOfADeletedOneStays) {
   wc.svn({"delete", "--quiet", "docs/readme.txt"});
-  writeFile(wc / "docs/readme.txt", "mine\n");
-  expectRefusal("docs/readme.txt", "docs/readme.txt");
-  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "mine\n");
+  expectToStay("docs/readme.txt", "docs/readme.txt", "docs/readme.txt");
 }
 
 TEST_F(RevertOfUnlistedThings, AFileInADeletedFolderThatWasMadeAnewStays) {
   wc.svn({"delete", "--quiet", "docs"});
-  writeFile(wc / "docs/readme.txt", "mine\n");
-  expectRefusal("docs", "docs/readme.txt");
-  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt"), "mine\n");
+  expectToStay("docs/readme.txt", "docs", "docs/readme.txt");
 }
 
 // The library would leave the working copy locked, since it cannot put the item there.
 TEST_F(RevertOfUnlistedThings, AFileInThePlaceOfTheFolderOfAMissingFileStays) {
   fs::remove_all(wc / "docs");
-  writeFile(wc / "docs", "mine\n");
-  expectRefusal("docs/readme.txt", "docs");
-  EXPECT_EQ(readFileForTest(wc / "docs"), "mine\n");
+  expectToStay("docs", "docs/readme.txt", "docs");
 }
 
 TEST_F(RevertOfUnlistedThings, AnIgnoredFileInADeletedFolderThatWasMadeAnewStays) {
   wc.addFile("docs/deep/made.o", "one\n");
   wc.svn({"delete", "--quiet", "docs"});
-  writeFile(wc / "docs/deep/made.o", "mine\n");
-  expectRefusal("docs", "docs/deep/made.o");
-  EXPECT_EQ(readFileForTest(wc / "docs/deep/made.o"), "mine\n");
+  expectToStay("docs/deep/made.o", "docs", "docs/deep/made.o");
 }
 
 TEST_F(RevertOfUnlistedThings, AFileInThePlaceOfADeletedFolderStays) {
   wc.svn({"delete", "--quiet", "docs"});
-  writeFile(wc / "docs", "mine\n");
-  expectRefusal("docs", "docs");
-  EXPECT_EQ(readFileForTest(wc / "docs"), "mine\n");
+  expectToStay("docs", "docs", "docs");
 }
 
 TEST_F(RevertOfUnlistedThings, ADeletedFolderMadeAnewComesBackBesideWhatIsOfNoneOfItsNames) {
@@ -276,25 +270,19 @@ TEST_F(RevertOfUnlistedThings, ADeletedFolderMadeAnewComesBackBesideWhatIsOfNone
 
 TEST_F(RevertOfUnlistedThings, AnUnversionedFolderInACopiedOneStays) {
   wc.svn({"copy", "--quiet", "docs", "copy"});
-  writeFile(wc / "copy/mine/mine.txt", "mine\n");
-  expectRefusal("copy", "copy/mine");
-  EXPECT_EQ(readFileForTest(wc / "copy/mine/mine.txt"), "mine\n");
+  expectToStay("copy/mine/mine.txt", "copy", "copy/mine");
 }
 
 TEST_F(RevertOfUnlistedThings, AnIgnoredFileInACopiedFolderStays) {
   wc.svn({"copy", "--quiet", "docs", "copy"});
-  writeFile(wc / "copy/mine.o", "mine\n");
-  expectRefusal("copy", "copy/mine.o");
-  EXPECT_EQ(readFileForTest(wc / "copy/mine.o"), "mine\n");
+  expectToStay("copy/mine.o", "copy", "copy/mine.o");
 }
 
 TEST_F(RevertOfUnlistedThings, AnUnversionedFileInAFolderThatReplacesAFileStays) {
   wc.svn({"delete", "--quiet", "docs/readme.txt"});
   fs::create_directory(wc / "docs/readme.txt");
   wc.svn({"add", "--quiet", "docs/readme.txt"});
-  writeFile(wc / "docs/readme.txt/mine.txt", "mine\n");
-  expectRefusal("docs", "docs/readme.txt/mine.txt");
-  EXPECT_EQ(readFileForTest(wc / "docs/readme.txt/mine.txt"), "mine\n");
+  expectToStay("docs/readme.txt/mine.txt", "docs", "docs/readme.txt/mine.txt");
 }
 
 // Elsewhere an added file stays on disk; here it would go with the folder.

@@ -1,5 +1,6 @@
 #include "tests/support/BusClient.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "tests/support/PublicNames.h"
@@ -137,6 +138,13 @@ bool BusClient::ownsName(const std::string &processIdentifier) const {
 
 bool BusClient::waitForBadges(std::size_t count) {
   return turnMainLoopUntil([this, count] { return set.size() >= count; });
+}
+
+bool BusClient::waitForChange(const std::string &url) {
+  return turnMainLoopUntil([&] {
+    return std::any_of(changed.begin(), changed.end(),
+                       [&url](const auto &badge) { return badge.first == url; });
+  });
 }
 
 void BusClient::catchUp() {

@@ -38,6 +38,10 @@ class BusClient {
   // not.
   bool waitForBadges(std::size_t count);
 
+  // Turns the main loop until the badge of that url has been announced as changed; false if it is
+  // not. A root is announced when everything in it is watched.
+  bool waitForChange(const std::string &url);
+
   // Has a message go to the extension and back, and takes every signal that came before its answer.
   void catchUp();
 

@@ -1,7 +1,5 @@
 #include "tests/system/LiveFixture.h"
 
-#include <algorithm>
-
 #include "platform/FileURL.h"
 #include "tests/scanner/StatusOracle.h"
 
@@ -9,11 +7,7 @@ void LiveFixture::listAndWatch() {
   BusClient observer(session.bus());
   ASSERT_EQ(session.halvern({"add", wc.path()}).status, 0);
   observer.directoryURLs();  // starts the extension
-  const std::string root = platform::FileURL::fromPath(wc.path(), true).text();
-  ASSERT_TRUE(turnMainLoopUntil([&] {
-    return std::any_of(observer.changed.begin(), observer.changed.end(),
-                       [&root](const auto &badge) { return badge.first == root; });
-  }));
+  ASSERT_TRUE(observer.waitForChange(platform::FileURL::fromPath(wc.path(), true).text()));
 }
 
 std::string LiveFixture::wrongBadges(std::set<std::string> items) {

@@ -159,7 +159,7 @@ bool FinderSyncService::exportObject(GDBusConnection *connection, std::string &r
 FinderSyncService::NameRequest FinderSyncService::requestName(std::string &reason) {
   ErrorHandle error;
   const VariantHandle reply(g_dbus_connection_call_sync(
-      connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+      connection_.get(), platform::busDaemonName, platform::busDaemonPath, platform::busDaemonName,
       "RequestName", g_variant_new("(su)", platform::finderSyncBusName, doNotQueue),
       G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   if (reply == nullptr) {

@@ -11,7 +11,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 
 namespace {
 
@@ -33,6 +32,17 @@ class TerminalConversation : public testing::Test {
     PseudoTerminal terminal(session.command(session.leave("commit", {"/wc/a"})),
                             session.environment());
     return terminal.waitForEnd();
+  }
+
+  // That the message could not be used but is kept, and that the terminal shows why and where.
+  void expectKept(const CommandResult &result, const std::string &reason,
+                  const std::string &message) const {
+    EXPECT_EQ(result.status, 1);
+    ASSERT_THAT(session.keptMessages(), SizeIs(1));
+    const std::string kept = session.keptMessages().front();
+    EXPECT_EQ(result.output, "halvern: " + reason + "; the message is kept in " + kept + "\n");
+    EXPECT_EQ(readFileForTest(kept), message);
+    EXPECT_THAT(session.temporaryFiles(), IsEmpty());
   }
 
   OpenSession session;
@@ -136,13 +146,7 @@ TEST_F(TerminalConversation, KeepsWhatWasWrittenBeforeTheEditorFailed) {
 
 TEST_F(TerminalConversation, KeepsAMessageThatIsNotUTF8) {
   session.set("EDITOR", session.install("latin", "printf 'Gr\\374n' > \"$1\"\n"));
-  const CommandResult result = committed();
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.output, StartsWith("halvern: the message is not valid UTF-8 text; the "
-                                        "message is kept in "));
-  ASSERT_THAT(session.keptMessages(), SizeIs(1));
-  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Gr\xfcn\n");
-  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
+  expectKept(committed(), "the message is not valid UTF-8 text", "Gr\xfcn\n");
 }
 
 TEST_F(TerminalConversation, LeavesWhatTheEditorMadeOfTheFileWhereItCannotBeRead) {
@@ -178,12 +182,8 @@ TEST_F(TerminalConversation, LeavesNothingOfAFileThatTheEditorHasDeleted) {
 
 TEST_F(TerminalConversation, KeepsATextFromWhichTheEndOfTheMessageWasDeleted) {
   session.set("EDITOR", session.install("delete", "printf 'Fix it\n\n/wc/a\n' > \"$1\"\n"));
-  const CommandResult result = committed();
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.output, StartsWith("halvern: the line that ends the message was deleted, but "
-                                        "not the items below it; the message is kept in "));
-  ASSERT_THAT(session.keptMessages(), SizeIs(1));
-  EXPECT_EQ(readFileForTest(session.keptMessages().front()), "Fix it\n\n/wc/a\n\n");
+  expectKept(committed(), "the line that ends the message was deleted, but not the items below it",
+             "Fix it\n\n/wc/a\n\n");
 }
 
 TEST_F(TerminalConversation, LeavesTheKeysThatInterruptToTheEditor) {

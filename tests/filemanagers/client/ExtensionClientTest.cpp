@@ -233,6 +233,18 @@ TEST_F(ExtensionClientTest, WhereItIsNotInstalledAnyMoreNothingIsShown) {
   EXPECT_THAT(asked(), ElementsAre("start")) << "the one that found it missing";
 }
 
+TEST_F(ExtensionClientTest, AStartThatHasFailedBeforeItAppearedIsForgotten) {
+  client.showItem("/wc/a");
+  asked();
+  appear();
+  client.isMissing();
+  asked();
+  client.takeAnswers({{"/wc/a", "modified"}});
+  EXPECT_TRUE(client.isWorthwhile());
+  EXPECT_EQ(client.showItem("/wc/a"), "emblem-modified");
+  EXPECT_EQ(titleOf(client.menuForItems({"/wc/a"})), "for items");
+}
+
 TEST_F(ExtensionClientTest, WhereItIsNotInstalledTheFileManagerIsToldNothing) {
   client.showItem("/wc/a");
   EXPECT_THAT(asked(), ElementsAre("start"));

@@ -1,6 +1,5 @@
 #include "tests/filemanagers/desktop/FileManagerFixture.h"
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 
@@ -77,11 +76,7 @@ void FileManagerFixture::openWindowAndList() {
 void FileManagerFixture::listAndWatch() const {
   BusClient observer(session.extension().bus());
   list();
-  const std::string root = platform::FileURL::fromPath(wc.path(), true).text();
-  ASSERT_TRUE(turnMainLoopUntil([&] {
-    return std::any_of(observer.changed.begin(), observer.changed.end(),
-                       [&root](const auto &badge) { return badge.first == root; });
-  }));
+  ASSERT_TRUE(observer.waitForChange(platform::FileURL::fromPath(wc.path(), true).text()));
 }
 
 void FileManagerFixture::startExtension() const {

@@ -142,16 +142,7 @@ bool FileManagerWindow::waitUntilShown(const std::vector<std::string> &items) co
 
 void FileManagerWindow::waitUntilStill() const {
   constexpr milliseconds still{300};
-  Picture last = session_.display().picture();
-  auto since = steady_clock::now();
-  turnMainLoopUntil([&] {
-    Picture now = session_.display().picture();
-    if (!(now == last)) {
-      last = std::move(now);
-      since = steady_clock::now();
-    }
-    return steady_clock::now() - since >= still;
-  });
+  session_.display().waitUntilStill(still);
 }
 
 void FileManagerWindow::movePointerAway() const {

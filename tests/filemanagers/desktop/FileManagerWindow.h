@@ -57,6 +57,9 @@ class FileManagerWindow {
   // notices that it does not. Nothing is selected afterwards.
   bool isResponsive() const;
 
+  // "" if it has ended.
+  std::string processIdentifier() const { return program_->processIdentifier(); }
+
   // What it has said on standard error.
   std::string errors() const { return program_->errors(); }
 

@@ -24,8 +24,9 @@ QuietProgram::~QuietProgram() {
   g_subprocess_wait(process_.get(), nullptr, nullptr);
 }
 
-bool QuietProgram::isRunning() const {
-  return g_subprocess_get_identifier(process_.get()) != nullptr;
+std::string QuietProgram::processIdentifier() const {
+  const char *identifier = g_subprocess_get_identifier(process_.get());
+  return identifier == nullptr ? "" : identifier;
 }
 
 std::string QuietProgram::errors() const {

@@ -18,7 +18,9 @@ class QuietProgram {
   QuietProgram(const QuietProgram &) = delete;
   QuietProgram &operator=(const QuietProgram &) = delete;
 
-  bool isRunning() const;
+  bool isRunning() const { return !processIdentifier().empty(); }
+  // "" if it has ended.
+  std::string processIdentifier() const;
   std::string errors() const;
 
  private:

@@ -91,6 +91,22 @@ Picture VirtualDisplay::picture() const {
   return {width, height, std::move(pixels)};
 }
 
+std::optional<std::chrono::steady_clock::time_point> VirtualDisplay::waitUntilStill(
+    std::chrono::milliseconds duration) const {
+  using std::chrono::steady_clock;
+  Picture last = picture();
+  auto changed = steady_clock::now();
+  const bool isStill = turnMainLoopUntil([&] {
+    Picture now = picture();
+    if (!(now == last)) {
+      last = std::move(now);
+      changed = steady_clock::now();
+    }
+    return steady_clock::now() - changed >= duration;
+  });
+  return isStill ? std::optional(changed) : std::nullopt;
+}
+
 void VirtualDisplay::operate(const std::vector<std::string> &commands) const {
   std::vector<std::string> arguments = {"xdotool"};
   arguments.insert(arguments.end(), commands.begin(), commands.end());

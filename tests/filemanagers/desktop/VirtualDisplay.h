@@ -1,7 +1,9 @@
 // A display that nobody sees, with a window manager, a pointer and a keyboard.
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,12 @@ class VirtualDisplay {
 
   // What is on the screen now.
   Picture picture() const;
+
+  // Waits until nothing has changed on the screen for that long. When something did last, or when
+  // the wait began if nothing has; nothing if the screen does not come to rest within the time that
+  // only a broken test takes.
+  std::optional<std::chrono::steady_clock::time_point> waitUntilStill(
+      std::chrono::milliseconds duration) const;
 
   // Has xdotool carry out its commands, such as {"key", "Escape"}. What they cause comes later.
   void operate(const std::vector<std::string> &commands) const;
