@@ -20,7 +20,7 @@ help:
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
 	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
 	@echo "make bench            compare with 'svn status' and others, as tables"
-	@echo "make bench LONG=1     the same on up to a million files, which takes hours to make"
+	@echo "make bench LONG=1     the same on up to a million files"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
 	@echo "make screenshots      take pictures of the file managers into docs/images"
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
