@@ -3,9 +3,9 @@
 #include "bench/ExtensionBench.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "bench/Asker.h"
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/SampleTrees.h"
 #include "bench/Sizes.h"
@@ -46,10 +46,11 @@ int main(int argumentCount, char **arguments) {
   std::puts(
       "| files | first answer, ms | svn status, ms | ratio | with start, ms | peak MiB | svn's |");
   std::puts("|---|---|---|---|---|---|---|");
-  for (const int size : sizes) {
-    compareOn(size);
-  }
-  measureBursts();
-  measureRegistry();
-  return EXIT_SUCCESS;
+  return runBenchmark([&sizes] {
+    for (const int size : sizes) {
+      compareOn(size);
+    }
+    measureBursts();
+    measureRegistry();
+  });
 }

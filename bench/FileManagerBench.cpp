@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "tests/filemanagers/desktop/BusTraffic.h"
@@ -138,12 +139,17 @@ int main(int argumentCount, char **arguments) {
       "|\n|---|---|---|---|---|\n",
       machineText().c_str(), itemCount, runCount, refreshCount);
   std::vector<Row> rows = {{"without the plug-in", false}, {"with it", true}};
-  for (int i = 1; i <= runCount; ++i) {
-    for (Row &row : rows) {
-      row.last = FileManagerRun(row.hasPlugIn).measure(i == runCount ? refreshCount : 0);
-      row.durations.push_back(row.last.untilDrawn);
-      row.memory.push_back(static_cast<double>(row.last.memory) / 1024);
+  const int status = runBenchmark([&] {
+    for (int i = 1; i <= runCount; ++i) {
+      for (Row &row : rows) {
+        row.last = FileManagerRun(row.hasPlugIn).measure(i == runCount ? refreshCount : 0);
+        row.durations.push_back(row.last.untilDrawn);
+        row.memory.push_back(static_cast<double>(row.last.memory) / 1024);
+      }
     }
+  });
+  if (status != EXIT_SUCCESS) {
+    return status;
   }
   for (const Row &row : rows) {
     const Runs durations = summaryOf(row.durations);

@@ -1,8 +1,8 @@
 // How costs grow: with the number of changed items, of directories, and of working copies.
 #include <cstdio>
-#include <cstdlib>
 
 #include "bench/Asker.h"
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/ObservedStart.h"
 #include "bench/SampleTrees.h"
@@ -131,8 +131,9 @@ void measureRoots() {
 
 int main() {
   std::printf("%s; warm cache\n", machineText().c_str());
-  measureChangedItems();
-  measureDirectories();
-  measureRoots();
-  return EXIT_SUCCESS;
+  return runBenchmark([] {
+    measureChangedItems();
+    measureDirectories();
+    measureRoots();
+  });
 }

@@ -1,10 +1,10 @@
 // memory_bench [NUMBER-OF-FILES…]: what the extension's processes take together, beside "svn
 // status" on the same tree in the same run.
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 
 #include "bench/Asker.h"
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/ProcessMemory.h"
 #include "bench/SampleTrees.h"
@@ -99,6 +99,21 @@ void compare(const WorkingCopy &wc, int fileCount, const char *changed) {
   std::fflush(stdout);
 }
 
+void printTitle() {
+  std::printf(
+      "%s\n\nProportional set size of the extension's processes together, in MiB; median "
+      "(least–greatest) of %d. The greatest are the greatest of many readings. The benchmark and "
+      "the bus map some of the libraries too, and bear a part of them. At rest afterwards means "
+      "after the scan that was asked for and the one of the extension's own accord.\n\n"
+      "With nothing registered: %.1f\n\n"
+      "| files | changed | at rest before the first question | greatest in the first scan | "
+      "at rest afterwards | svn status, greatest | ratio of the greatest | readings in the scan |\n"
+      "|---|---|---|---|---|---|---|---|\n",
+      machineText().c_str(), runCount,
+      inMebibytes(static_cast<double>(measureNothingRegistered())));
+  std::fflush(stdout);
+}
+
 void compareOn(int fileCount) {
   const TemporaryDirectory directory;
   const WorkingCopy wc = makeWorkingCopy(directory, fileCount);
@@ -113,20 +128,10 @@ void compareOn(int fileCount) {
 
 int main(int argumentCount, char **arguments) {
   const std::vector<int> sizes = sizesInArguments(argumentCount, arguments, {1'000, 100'000});
-  std::printf(
-      "%s\n\nProportional set size of the extension's processes together, in MiB; median "
-      "(least–greatest) of %d. The greatest are the greatest of many readings. The benchmark and "
-      "the bus map some of the libraries too, and bear a part of them.\n\nWith nothing registered: "
-      "%.1f\n\n"
-      "| files | changed | at rest before the first question | greatest in the first scan | at "
-      "rest "
-      "%.0f s later | svn status, greatest | ratio of the greatest | readings in the scan |\n"
-      "|---|---|---|---|---|---|---|---|\n",
-      machineText().c_str(), runCount, inMebibytes(static_cast<double>(measureNothingRegistered())),
-      stillAfterScan);
-  std::fflush(stdout);
-  for (const int size : sizes) {
-    compareOn(size);
-  }
-  return EXIT_SUCCESS;
+  return runBenchmark([&sizes] {
+    printTitle();
+    for (const int size : sizes) {
+      compareOn(size);
+    }
+  });
 }

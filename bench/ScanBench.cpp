@@ -2,11 +2,11 @@
 // one thread on the same tree in the same run.
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <vector>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
@@ -94,8 +94,9 @@ int main(int argumentCount, char **arguments) {
       "| files | changed | scan, ms | by one thread, ms | svn status, ms | ratio to svn status | "
       "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|\n",
       machineText().c_str(), runCount);
-  for (const int size : sizes) {
-    compareOn(size);
-  }
-  return EXIT_SUCCESS;
+  return runBenchmark([&sizes] {
+    for (const int size : sizes) {
+      compareOn(size);
+    }
+  });
 }

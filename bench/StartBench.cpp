@@ -2,9 +2,9 @@
 // the same working copy and beside a program that only loads the same libraries, in the same run.
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/ObservedStart.h"
 #include "bench/SampleTrees.h"
@@ -57,9 +57,7 @@ void printRow(const char *name, const std::vector<Seconds> &first, const Starts 
               share(later, laterStarts).c_str());
 }
 
-}  // namespace
-
-int main() {
+void compareStarts() {
   const ExtensionSession session({.isActivatable = false});
   const WorkingCopy wc = makeWorkingCopy(session.directory(), 3);
   editEvery(wc, 3, 3);
@@ -92,5 +90,10 @@ int main() {
   printRow("`svn status` from start to end", statuses, first, statuses, later);
   printRow("`halvern-finder-sync --version`, which only loads the same libraries", loadings, first,
            loadings, later);
-  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main() {
+  return runBenchmark(compareStarts);
 }
