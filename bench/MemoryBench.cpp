@@ -22,16 +22,34 @@ constexpr Seconds patienceBeforeScan = 1.5;
 constexpr Seconds stillAfterScan = 3;
 constexpr Seconds patienceAfterScan = 15;
 
-double inMebibytes(double kibibytes) {
-  return kibibytes / 1024;
-}
-
-// All in KiB.
 struct Measured {
-  long before = 0;
-  long greatest = 0;
+  ProcessMemory before;
+  ProcessMemory greatest;
   int readingCount = 0;
-  long after = 0;
+  ProcessMemory after;
+};
+
+// The same quantity of several runs, in MiB.
+class Memories {
+ public:
+  void add(const ProcessMemory &memory) {
+    total_.push_back(static_cast<double>(memory.total) / 1024);
+    own_.push_back(static_cast<double>(memory.own) / 1024);
+  }
+
+  double total() const { return summaryOf(total_).median; }
+  double own() const { return summaryOf(own_).median; }
+
+  // The whole, and the part of its own.
+  std::string text() const {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.1f (%.1f)", total(), own());
+    return text;
+  }
+
+ private:
+  std::vector<double> total_;
+  std::vector<double> own_;
 };
 
 Measured measureExtension(const std::string &rootPath) {
@@ -42,7 +60,7 @@ Measured measureExtension(const std::string &rootPath) {
   const std::string process = std::to_string(session.extensionProcess());
 
   Measured measured;
-  measured.before = proportionalMemoryAtRest(process, stillBeforeScan, patienceBeforeScan);
+  measured.before = memoryAtRest(process, stillBeforeScan, patienceBeforeScan);
   asker.client().catchUp();
   if (!asker.client().changed.empty()) {
     throw std::runtime_error("the extension has scanned before it was asked");
@@ -52,18 +70,18 @@ Measured measureExtension(const std::string &rootPath) {
   measured.greatest = peak.end();
   measured.readingCount = peak.readingCount();
   asker.settle();
-  measured.after = proportionalMemoryAtRest(process, stillAfterScan, patienceAfterScan);
+  measured.after = memoryAtRest(process, stillAfterScan, patienceAfterScan);
   return measured;
 }
 
-long measureNothingRegistered() {
+ProcessMemory measureNothingRegistered() {
   const ExtensionSession session;
   BusClient(session.bus()).directoryURLs();  // starts it
-  return proportionalMemoryAtRest(std::to_string(session.extensionProcess()), stillBeforeScan,
-                                  patienceBeforeScan);
+  return memoryAtRest(std::to_string(session.extensionProcess()), stillBeforeScan,
+                      patienceBeforeScan);
 }
 
-long measureStatus(const std::string &rootPath) {
+ProcessMemory measureStatus(const std::string &rootPath) {
   const StartedCommand status({"svn", "status", rootPath});
   MemoryPeak peak(status.processIdentifier());
   if (status.waitForEnd().status != 0) {
@@ -74,43 +92,43 @@ long measureStatus(const std::string &rootPath) {
 
 // A row of the table.
 void compare(const WorkingCopy &wc, int fileCount, const char *changed) {
-  std::vector<double> before;
-  std::vector<double> greatest;
+  Memories before;
+  Memories greatest;
   std::vector<double> readings;
-  std::vector<double> after;
-  std::vector<double> statuses;
+  Memories after;
+  Memories statuses;
   for (int i = 0; i < runCount; ++i) {
     // One after the other: while both run, they would share their libraries.
-    statuses.push_back(static_cast<double>(measureStatus(wc.path())));
+    statuses.add(measureStatus(wc.path()));
     const Measured measured = measureExtension(wc.path());
-    before.push_back(static_cast<double>(measured.before));
-    greatest.push_back(static_cast<double>(measured.greatest));
+    before.add(measured.before);
+    greatest.add(measured.greatest);
     readings.push_back(measured.readingCount);
-    after.push_back(static_cast<double>(measured.after));
+    after.add(measured.after);
   }
-  const Runs peak = summaryOf(greatest);
-  const Runs status = summaryOf(statuses);
-  std::printf("| %d | %s | %.1f | %.1f (%.1f–%.1f) | %.1f | %.1f (%.1f–%.1f) | %.2f | %.0f |\n",
-              fileCount, changed, inMebibytes(summaryOf(before).median), inMebibytes(peak.median),
-              inMebibytes(peak.least), inMebibytes(peak.greatest),
-              inMebibytes(summaryOf(after).median), inMebibytes(status.median),
-              inMebibytes(status.least), inMebibytes(status.greatest), peak.median / status.median,
-              summaryOf(readings).median);
+  std::printf("| %d | %s | %s | %s | %s | %s | %.2f (%.2f) | %.0f |\n", fileCount, changed,
+              before.text().c_str(), greatest.text().c_str(), after.text().c_str(),
+              statuses.text().c_str(), greatest.total() / statuses.total(),
+              greatest.own() / statuses.own(), summaryOf(readings).median);
   std::fflush(stdout);
 }
 
 void printTitle() {
+  Memories nothingRegistered;
+  for (int i = 0; i < runCount; ++i) {
+    nothingRegistered.add(measureNothingRegistered());
+  }
   std::printf(
-      "%s\n\nProportional set size of the extension's processes together, in MiB; median "
-      "(least–greatest) of %d. The greatest are the greatest of many readings. The benchmark and "
-      "the bus map some of the libraries too, and bear a part of them. At rest afterwards means "
-      "after the scan that was asked for and the one of the extension's own accord.\n\n"
-      "With nothing registered: %.1f\n\n"
+      "%s\n\nProportional set size of the extension's processes together, in MiB; in brackets the "
+      "part that is not mapped from files; medians of %d. The whole depends on which other "
+      "programs "
+      "map the same libraries, the benchmark and the bus among them. The greatest are the greatest "
+      "of many readings. At rest afterwards means after the scan that was asked for and the one of "
+      "the extension's own accord.\n\nWith nothing registered: %s\n\n"
       "| files | changed | at rest before the first question | greatest in the first scan | "
       "at rest afterwards | svn status, greatest | ratio of the greatest | readings in the scan |\n"
       "|---|---|---|---|---|---|---|---|\n",
-      machineText().c_str(), runCount,
-      inMebibytes(static_cast<double>(measureNothingRegistered())));
+      machineText().c_str(), runCount, nothingRegistered.text().c_str());
   std::fflush(stdout);
 }
 

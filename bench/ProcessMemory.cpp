@@ -11,35 +11,40 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-long ownShare(const std::string &directory) {
+ProcessMemory memoryOfOne(const std::string &directory) {
+  ProcessMemory memory;
   std::ifstream rollup(directory + "/smaps_rollup");
   for (std::string line; std::getline(rollup, line);) {
     if (line.starts_with("Pss:")) {
-      return std::stol(line.substr(4));
+      memory.total = std::stol(line.substr(4));
+    } else if (line.starts_with("Pss_Anon:")) {
+      memory.own = std::stol(line.substr(9));
     }
   }
-  return 0;
+  return memory;
 }
 
 }  // namespace
 
-long proportionalMemory(const std::string &processIdentifier) {
+ProcessMemory memoryOfProcesses(const std::string &processIdentifier) {
   const std::string directory = "/proc/" + processIdentifier;
-  long memory = ownShare(directory);
+  ProcessMemory memory = memoryOfOne(directory);
   // Each thread has the children that it started.
   std::error_code error;
   for (std::filesystem::directory_iterator thread(directory + "/task", error), end;
        !error && thread != end; thread.increment(error)) {
     std::ifstream children(thread->path() / "children");
     for (std::string child; children >> child;) {
-      memory += proportionalMemory(child);
+      const ProcessMemory ofChild = memoryOfProcesses(child);
+      memory.total += ofChild.total;
+      memory.own += ofChild.own;
     }
   }
   return memory;
 }
 
-long proportionalMemoryAtRest(const std::string &processIdentifier, Seconds stillFor,
-                              Seconds patience) {
+ProcessMemory memoryAtRest(const std::string &processIdentifier, Seconds stillFor,
+                           Seconds patience) {
   // It changes a little whenever another program that maps the same libraries comes or goes.
   constexpr long tolerance = 100;  // KiB
   constexpr auto interval = 10ms;
@@ -48,11 +53,11 @@ long proportionalMemoryAtRest(const std::string &processIdentifier, Seconds stil
   };
   const auto begin = steady_clock::now();
   auto stillSince = begin;
-  long memory = proportionalMemory(processIdentifier);
+  ProcessMemory memory = memoryOfProcesses(processIdentifier);
   while (secondsSince(stillSince) < stillFor && secondsSince(begin) < patience) {
     std::this_thread::sleep_for(interval);
-    const long now = proportionalMemory(processIdentifier);
-    if (std::labs(now - memory) > tolerance) {
+    const ProcessMemory now = memoryOfProcesses(processIdentifier);
+    if (std::labs(now.total - memory.total) > tolerance) {
       memory = now;
       stillSince = steady_clock::now();
     }
@@ -63,7 +68,9 @@ long proportionalMemoryAtRest(const std::string &processIdentifier, Seconds stil
 MemoryPeak::MemoryPeak(const std::string &processIdentifier)
     : thread_([this, processIdentifier] {
         do {
-          greatest_ = std::max(greatest_, proportionalMemory(processIdentifier));
+          const ProcessMemory memory = memoryOfProcesses(processIdentifier);
+          greatest_.total = std::max(greatest_.total, memory.total);
+          greatest_.own = std::max(greatest_.own, memory.own);
           ++readingCount_;
         } while (!isEnding_);
       }) {}
@@ -72,7 +79,7 @@ MemoryPeak::~MemoryPeak() {
   end();
 }
 
-long MemoryPeak::end() {
+ProcessMemory MemoryPeak::end() {
   isEnding_ = true;
   if (thread_.joinable()) {
     thread_.join();
