@@ -2,6 +2,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "bench/Asker.h"
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
 #include "bench/WatchBench.h"
@@ -14,10 +15,6 @@ constexpr int runCount = 9;
 
 // What passes on purpose: half a second of coalescing, two seconds of quiet.
 constexpr Seconds deliberateDelay = 2.5;
-
-std::string urlText(const std::string &path, bool isDirectory = false) {
-  return platform::FileURL::fromPath(path, isDirectory).text();
-}
 
 // Until the badge is announced.
 void waitForChange(BusClient &client, const std::string &url) {
@@ -40,8 +37,7 @@ void measureDelayIn(int fileCount) {
   for (int i = 0; i < runCount; ++i) {
     // In different folders, all over the tree.
     const int file = i * (fileCount / runCount);
-    const std::string path =
-        wc / ("d" + std::to_string(file / filesInDirectory) + "/f" + std::to_string(file));
+    const std::string path = wc / pathInTree(file);
     delays.push_back(timeOf([&] {
                        std::ofstream(path, std::ios::app) << "edited\n";
                        waitForChange(client, urlText(path));

@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
@@ -163,11 +163,5 @@ int main(int argumentCount, char **arguments) {
       return 2;
     }
   }
-  try {
-    compare(refreshCount);
-  } catch (const std::exception &error) {
-    std::fprintf(stderr, "%s: %s\n", arguments[0], error.what());
-    return EXIT_FAILURE;
-  }
-  return EXIT_SUCCESS;
+  return runBenchmark([refreshCount] { compare(refreshCount); });
 }

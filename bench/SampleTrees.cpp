@@ -10,33 +10,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string directoryName(int directory) {
-  return "/d" + std::to_string(directory);
-}
-
-std::string fileName(int directory, int file) {
-  return directoryName(directory) + "/f" + std::to_string(directory * filesInDirectory + file);
-}
-
 // Copies of the first directory, with contents and time stamps.
-void copyDirectory(const std::string &root, int fileCount) {
-  for (int i = filesInDirectory; i < fileCount; ++i) {
-    const int directory = i / filesInDirectory;
-    const int file = i % filesInDirectory;
-    if (file == 0) {
-      fs::create_directory(root + directoryName(directory));
-    }
-    const std::string model = root + fileName(0, file);
-    const std::string copy = root + fileName(directory, file);
+void copyDirectory(const WorkingCopy &wc, int fileCount, int filesInOne) {
+  for (int i = filesInOne; i < fileCount; ++i) {
+    const fs::path model = wc / pathInTree(i % filesInOne, filesInOne);
+    const fs::path copy = wc / pathInTree(i, filesInOne);
+    fs::create_directory(copy.parent_path());
     fs::copy_file(model, copy);
     fs::last_write_time(copy, fs::last_write_time(model));
   }
 }
 
 // The same in the database.
-void copyRows(const std::string &root, int fileCount) {
-  const std::string filesInOne = std::to_string(filesInDirectory);
-  const std::string last = std::to_string((fileCount - 1) / filesInDirectory);
+void copyRows(const std::string &root, int fileCount, int filesInOne) {
+  const std::string factor = std::to_string(filesInOne);
+  const std::string last = std::to_string((fileCount - 1) / filesInOne);
   const std::string copied =
       " op_depth, repos_id, revision, presence, kind, properties, depth, checksum,"
       " changed_revision, changed_date, changed_author, translated_size, last_mod_time";
@@ -54,38 +42,47 @@ void copyRows(const std::string &root, int fileCount) {
       "  SELECT NODES.*, number,"
       "   CASE kind WHEN 'dir' THEN 'd' || number"
       "   ELSE 'd' || number || '/f' || (number * " +
-      filesInOne +
+      factor +
       " + substr(local_relpath, 5)) END"
       "   AS path,"
       "   CASE kind WHEN 'dir' THEN '' ELSE 'd' || number END AS parent"
       "  FROM copies, NODES WHERE local_relpath = 'd0' OR parent_relpath = 'd0')"
       " WHERE kind = 'dir' OR"
       "  number * " +
-      filesInOne + " + substr(local_relpath, 5) < " + std::to_string(fileCount) +
+      factor + " + substr(local_relpath, 5) < " + std::to_string(fileCount) +
       " ORDER BY number, local_relpath");
 }
 
 }  // namespace
 
+std::string pathInTree(int file, int filesInOne) {
+  return "d" + std::to_string(file / filesInOne) + "/f" + std::to_string(file);
+}
+
 void writeTree(const std::string &path, int fileCount, int filesInOne) {
   for (int i = 0; i < fileCount; ++i) {
-    writeFile(path + "/d" + std::to_string(i / filesInOne) + "/f" + std::to_string(i),
-              "file " + std::to_string(i) + "\n");
+    writeFile(path + "/" + pathInTree(i, filesInOne), "file " + std::to_string(i) + "\n");
   }
 }
 
-WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount) {
+WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount, int filesInOne) {
   WorkingCopy wc(directory, "wc" + std::to_string(fileCount));
-  writeTree(wc.path(), std::min(fileCount, filesInDirectory), filesInDirectory);
+  writeTree(wc.path(), std::min(fileCount, filesInOne), filesInOne);
   wc.svn({"add", "--quiet", "d0"});
   wc.commit();
   wc.svn({"update", "--quiet"});
-  if (fileCount > filesInDirectory) {
-    copyDirectory(wc.path(), fileCount);
-    copyRows(wc.path(), fileCount);
+  if (fileCount > filesInOne) {
+    copyDirectory(wc, fileCount, filesInOne);
+    copyRows(wc.path(), fileCount, filesInOne);
   }
   if (!wc.svn({"status"}).empty()) {
     throw std::runtime_error("the working copy is not clean");
   }
   return wc;
+}
+
+void editEvery(const WorkingCopy &wc, int step, int fileCount, int filesInOne) {
+  for (int i = 0; i < fileCount; i += step) {
+    writeFile(wc / pathInTree(i, filesInOne), "edited, and of another size\n");
+  }
 }

@@ -7,13 +7,20 @@
 #include "tests/support/Subversion.h"
 #include "tests/support/TemporaryDirectory.h"
 
-// How many files a directory of a working copy holds: 100,000 files are in 2,041 directories.
+// How many files a directory usually holds: 100,000 files are in 2,041 directories.
 constexpr int filesInDirectory = 49;
 
 // Writes that many files below `path`, in directories of `filesInOne`.
 void writeTree(const std::string &path, int fileCount, int filesInOne);
 
-// A clean working copy of that many files, below the directory. The first directory is committed;
-// the others are copied from it, on the disk and in the database, since a checkout of a million
-// files takes hours. The repository does not have them, which a local walk cannot tell.
-WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount);
+// The path of such a file below `path`.
+std::string pathInTree(int file, int filesInOne = filesInDirectory);
+
+// A clean working copy of such a tree, below the directory. The first directory is committed; the
+// others are copied from it, on the disk and in the database, since a checkout of a million files
+// takes hours. The repository does not have them, which a local walk cannot tell.
+WorkingCopy makeWorkingCopy(const TemporaryDirectory &directory, int fileCount,
+                            int filesInOne = filesInDirectory);
+
+// Modifies the first file of each `step`, all over the tree.
+void editEvery(const WorkingCopy &wc, int step, int fileCount, int filesInOne = filesInDirectory);

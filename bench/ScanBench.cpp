@@ -2,14 +2,15 @@
 // one thread on the same tree in the same run.
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <vector>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
+#include "bench/Sizes.h"
 #include "scanner/SVNError.h"
 #include "scanner/StatusWalk.h"
 
@@ -78,36 +79,24 @@ void compareOn(int fileCount) {
   const TemporaryDirectory directory;
   const WorkingCopy wc = makeWorkingCopy(directory, fileCount);
   compare(wc, fileCount, "none");
-  // One file in a hundred, all over the tree.
-  for (int i = 0; i < fileCount; i += 100) {
-    writeFile(wc / ("d" + std::to_string(i / filesInDirectory) + "/f" + std::to_string(i)),
-              "edited, and of another size\n");
-  }
+  editEvery(wc, 100, fileCount);
   compare(wc, fileCount, "1 %");
 }
 
 }  // namespace
 
 int main(int argumentCount, char **arguments) {
-  std::vector<int> sizes;
-  for (int i = 1; i < argumentCount; ++i) {
-    sizes.push_back(std::atoi(arguments[i]));  // NOLINT: 0 for nonsense, refused below
-    if (sizes.back() <= 0) {
-      std::fprintf(stderr, "Usage: %s [NUMBER-OF-FILES…]\n", arguments[0]);
-      return 2;
-    }
-  }
-  if (sizes.empty()) {
-    sizes = {1'000, 10'000, 100'000};
-  }
+  const std::vector<int> sizes =
+      sizesInArguments(argumentCount, arguments, {1'000, 10'000, 100'000});
   KTREnsureSVNCoreInitialization();
   std::printf(
       "%s; warm cache\n\nThe scanner by itself; median (least–greatest) of %d, in turn\n\n"
       "| files | changed | scan, ms | by one thread, ms | svn status, ms | ratio to svn status | "
       "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|\n",
       machineText().c_str(), runCount);
-  for (const int size : sizes) {
-    compareOn(size);
-  }
-  return EXIT_SUCCESS;
+  return runBenchmark([&sizes] {
+    for (const int size : sizes) {
+      compareOn(size);
+    }
+  });
 }

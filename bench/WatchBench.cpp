@@ -2,12 +2,12 @@
 #include "bench/WatchBench.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "bench/Benchmark.h"
 #include "bench/Machine.h"
 
 int main(int argumentCount, char **arguments) {
@@ -26,8 +26,9 @@ int main(int argumentCount, char **arguments) {
     }
   }
   std::printf("%s; warm cache\n", machineText().c_str());
-  for (const std::string &part : asked.empty() ? all : asked) {
-    parts.at(part)();
-  }
-  return EXIT_SUCCESS;
+  return runBenchmark([&] {
+    for (const std::string &part : asked.empty() ? all : asked) {
+      parts.at(part)();
+    }
+  });
 }
