@@ -11,14 +11,15 @@ namespace {
 
 constexpr int runCount = 9;
 constexpr int itemCount = 10'000;
+constexpr TreeShape oneFolder{.filesInOne = itemCount};
 
 // An extension, and a folder with all the items.
 class Folder {
  public:
   Folder() {
-    editEvery(wc_, 100, itemCount, itemCount);
+    editEvery(wc_, 100, itemCount, oneFolder);
     for (int i = 0; i < itemCount; ++i) {
-      urls_.push_back(urlText(wc_ / pathInTree(i, itemCount)));
+      urls_.push_back(urlText(wc_ / pathInTree(i, oneFolder)));
     }
     session_.halvern({"add", wc_.path()});
     asker_.settle();
@@ -31,7 +32,7 @@ class Folder {
     std::vector<Seconds> rests;
     std::size_t messages = 0;
     int scans = 0;
-    DirectoryReadings readings(wc_ / "d0");
+    DirectoryReadings readings(wc_ / "t0/d0");
     asker_.forget();
     readings.take();
     asker_.askForRoot();
@@ -73,7 +74,7 @@ class Folder {
   }
 
   const ExtensionSession session_;
-  const WorkingCopy wc_ = makeWorkingCopy(session_.directory(), itemCount, itemCount);
+  const WorkingCopy wc_ = makeWorkingCopy(session_.directory(), itemCount, oneFolder);
   Asker asker_{session_, wc_.path()};
   std::vector<std::string> urls_;
 };

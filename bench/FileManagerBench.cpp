@@ -26,6 +26,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr int itemCount = 10'000;
+constexpr TreeShape oneFolder{.filesInOne = itemCount};
 constexpr int modifiedEach = 3;  // every third item has a badge
 constexpr int runCount = 3;
 constexpr int usualRefreshCount = 100;
@@ -45,8 +46,8 @@ struct Measured {
 class LargeFolder {
  public:
   LargeFolder() {
-    writeTree(wc_.path(), itemCount, itemCount);
-    wc_.svn({"add", "--quiet", folder_});
+    writeTree(wc_.path(), itemCount, oneFolder);
+    wc_.svn({"add", "--quiet", wc_ / "t0"});
     wc_.commit();
     wc_.svn({"update", "--quiet"});
     for (int item = 0; item < itemCount; item += modifiedEach) {
@@ -113,7 +114,7 @@ class LargeFolder {
   const EnvironmentVariable temporary_{"TMPDIR", temporaryDirectoryInMemory()};
   DesktopSession session_;
   const WorkingCopy wc_{session_.extension().directory()};
-  const std::string folder_ = wc_ / "d0";
+  const std::string folder_ = wc_ / "t0/d0";
 };
 
 struct Row {

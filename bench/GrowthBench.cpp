@@ -55,7 +55,8 @@ void measureDirectories() {
       fileCount, runCount, comparisonTitles);
   for (const int directoryCount : {100, 1'000, 10'000}) {
     const TemporaryDirectory directory;
-    const WorkingCopy wc = makeWorkingCopy(directory, fileCount, fileCount / directoryCount);
+    const WorkingCopy wc =
+        makeWorkingCopy(directory, fileCount, {.filesInOne = fileCount / directoryCount});
     compareFirstAnswer(wc, std::to_string(directoryCount));
   }
 }

@@ -107,10 +107,10 @@ void compareOn(const std::string &base, int fileCount) {
       fileSystemOf(subject.wc().path()) + " | " + std::to_string(fileCount) + " | ";
   const std::string tree = subject.wc() / "tree";
   compare(subject, where + "rm -rf", {"rm", "-rf", tree},
-          [&] { writeTree(tree, fileCount, filesInOne); });
+          [&] { writeTree(tree, fileCount, {.filesInOne = filesInOne}); });
 
   const TemporaryDirectory directory;
-  writeTree(directory / "source", fileCount, filesInOne);
+  writeTree(directory / "source", fileCount, {.filesInOne = filesInOne});
   subject.wc().svn(
       {"import", "--quiet", "-m", "a tree", directory / "source", subject.wc().repositoryURL()});
   const std::string target = subject.wc() / "checkout";

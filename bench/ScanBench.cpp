@@ -44,7 +44,7 @@ void scanByOneThread(const std::string &root) {
 }
 
 // A row of the table: three ways in turn, each as often at every place of the turn.
-void compare(const WorkingCopy &wc, int fileCount, const char *what) {
+void compare(const WorkingCopy &wc, int fileCount, const char *shape, const char *changed) {
   std::vector<Seconds> scans;
   std::vector<Seconds> singles;
   std::vector<Seconds> statuses;
@@ -65,9 +65,10 @@ void compare(const WorkingCopy &wc, int fileCount, const char *what) {
   const Runs single = summaryOf(singles);
   const Runs status = summaryOf(statuses);
   std::printf(
-      "| %7d | %s | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.2f | %.2f | %.1f | "
+      "| %7d | %s | %s | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.2f | %.2f | "
+      "%.1f | "
       "%.1f |\n",
-      fileCount, what, inMilliseconds(ours.median), inMilliseconds(ours.least),
+      fileCount, shape, changed, inMilliseconds(ours.median), inMilliseconds(ours.least),
       inMilliseconds(ours.greatest), inMilliseconds(single.median), inMilliseconds(single.least),
       inMilliseconds(single.greatest), inMilliseconds(status.median), inMilliseconds(status.least),
       inMilliseconds(status.greatest), ours.median / status.median, ours.median / single.median,
@@ -78,9 +79,16 @@ void compare(const WorkingCopy &wc, int fileCount, const char *what) {
 void compareOn(int fileCount) {
   const TemporaryDirectory directory;
   const WorkingCopy wc = makeWorkingCopy(directory, fileCount);
-  compare(wc, fileCount, "none");
+  compare(wc, fileCount, "nested", "none");
   editEvery(wc, 100, fileCount);
-  compare(wc, fileCount, "1 %");
+  compare(wc, fileCount, "nested", "1 %");
+}
+
+// The worst case: nothing between the root and very many directories, of which each is a part.
+void compareOnFlat(int fileCount) {
+  const TemporaryDirectory directory;
+  const WorkingCopy wc = makeWorkingCopy(directory, fileCount, {.directoriesInOne = fileCount});
+  compare(wc, fileCount, "flat", "none");
 }
 
 }  // namespace
@@ -91,12 +99,14 @@ int main(int argumentCount, char **arguments) {
   KTREnsureSVNCoreInitialization();
   std::printf(
       "%s; warm cache\n\nThe scanner by itself; median (least–greatest) of %d, in turn\n\n"
-      "| files | changed | scan, ms | by one thread, ms | svn status, ms | ratio to svn status | "
-      "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|\n",
+      "| files | directories | changed | scan, ms | by one thread, ms | svn status, ms | ratio to "
+      "svn status | "
+      "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|---|\n",
       machineText().c_str(), runCount);
   return runBenchmark([&sizes] {
     for (const int size : sizes) {
       compareOn(size);
+      compareOnFlat(size);
     }
   });
 }
