@@ -1,7 +1,9 @@
 #include "scanner/AdministrativeDatabase.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
+#include <limits>
 #include <sqlite3.h>
 #include <utility>
 
@@ -45,8 +47,8 @@ class Statement {
     return result == SQLITE_ROW;
   }
 
-  std::string text() const {
-    const void *bytes = sqlite3_column_text(statement_, 0);
+  std::string text(int column = 0) const {
+    const void *bytes = sqlite3_column_text(statement_, column);
     return bytes == nullptr ? std::string() : static_cast<const char *>(bytes);
   }
   sqlite3_int64 number(int column = 0) const { return sqlite3_column_int64(statement_, column); }
@@ -65,10 +67,28 @@ std::optional<sqlite3_int64> numberFrom(sqlite3 *connection, const char *text) {
 }
 
 std::string below(const std::string &root, const std::string &relative) {
-  return relative.empty() ? root : root + "/" + relative;
+  return relative.empty() ? root : (root == "/" ? "" : root) + "/" + relative;
+}
+
+// Whether it names something below the top, in the one way in which the library writes it. Others
+// make the library end the process, or lead out of the working copy.
+bool isBelowTop(const std::string &relative) {
+  const std::filesystem::path path(relative);
+  return !relative.empty() && path.is_relative() && path.lexically_normal().native() == relative &&
+         relative.back() != '/' && *path.begin() != ".." && relative != ".";
 }
 
 }  // namespace
+
+std::string topOfWorkingCopy(const std::string &path) {
+  std::filesystem::path directory(path);
+  std::error_code ignored;
+  while (directory.has_relative_path() &&
+         !std::filesystem::exists(databasePath(directory), ignored)) {
+    directory = directory.parent_path();
+  }
+  return directory;
+}
 
 std::uintmax_t sizeOfAdministrativeDatabase(const std::string &root) {
   std::error_code error;
@@ -83,12 +103,16 @@ std::optional<std::vector<std::string>> AdministrativeDatabase::externals() cons
   Statement statement(connection_.get(), "SELECT local_relpath FROM EXTERNALS");
   std::vector<std::string> paths;
   while (statement.next()) {
-    paths.push_back(below(root_, statement.text()));
+    const std::string relative = statement.text();
+    if (!isBelowTop(relative)) {
+      return std::nullopt;
+    }
+    paths.push_back(below(root_, relative));
   }
   return statement.isGood() ? std::optional(std::move(paths)) : std::nullopt;
 }
 
-std::optional<std::vector<std::string>> AdministrativeDatabase::sampleOfNodes(int count) const {
+std::optional<std::vector<SampledNode>> AdministrativeDatabase::sampleOfNodes(int count) const {
   const auto first = numberFrom(connection_.get(), "SELECT MIN(rowid) FROM NODES");
   const auto last = numberFrom(connection_.get(), "SELECT MAX(rowid) FROM NODES");
   if (!first || !last) {
@@ -96,25 +120,35 @@ std::optional<std::vector<std::string>> AdministrativeDatabase::sampleOfNodes(in
   }
   Statement statement(
       connection_.get(),
-      "SELECT local_relpath, rowid FROM NODES WHERE rowid >= ?1 ORDER BY rowid LIMIT 1");
-  std::vector<std::string> paths;
-  const double distance = static_cast<double>(*last - *first) / count;
-  sqlite3_int64 latest = *first - 1;
+      "SELECT local_relpath, kind, rowid FROM NODES WHERE rowid >= ?1 ORDER BY rowid LIMIT 1");
+  std::vector<SampledNode> nodes;
+  // Any program may have chosen the numbers, so their difference may be beyond whole numbers.
+  const double distance =
+      (static_cast<double>(*last) - static_cast<double>(*first)) / static_cast<double>(count);
+  std::optional<sqlite3_int64> latest;
   for (int i = 0; i < count; ++i) {
-    const sqlite3_int64 wanted = *first + static_cast<sqlite3_int64>(distance * i);
+    // Not at the beginning of each part but somewhere in it, in an order without a period: rows
+    // come in one, such as a folder and its only file.
+    constexpr double goldenRatio = 1.618033988749895;
+    const double place = i + goldenRatio * i - std::floor(goldenRatio * i);
+    const double wantedNumber = static_cast<double>(*first) + distance * place;
+    if (wantedNumber >= static_cast<double>(std::numeric_limits<sqlite3_int64>::max())) {
+      break;
+    }
+    const auto wanted = static_cast<sqlite3_int64>(std::floor(wantedNumber));
     // Rows that were written anew have left gaps; the row behind a gap counts no more than others.
-    if (wanted <= latest) {
+    if (latest && wanted <= *latest) {
       continue;
     }
     statement.bind(wanted);
     if (!statement.next()) {
       return std::nullopt;
     }
-    latest = statement.number(1);
-    paths.push_back(below(root_, statement.text()));
+    latest = statement.number(2);
+    nodes.push_back({below(root_, statement.text()), statement.text(1) == "dir"});
   }
-  std::sort(paths.begin(), paths.end());
-  return paths;
+  std::sort(nodes.begin(), nodes.end());
+  return nodes;
 }
 
 void AdministrativeDatabase::Closing::operator()(sqlite3 *connection) const {

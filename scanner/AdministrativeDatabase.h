@@ -13,20 +13,31 @@
 
 struct sqlite3;
 
+// The nearest directory that has a database, from `path` upwards; "/" if none has.
+std::string topOfWorkingCopy(const std::string &path);
+
 // The size of the database of the working copy whose top directory is `root`, in bytes; 0 where
 // there is none.
 std::uintmax_t sizeOfAdministrativeDatabase(const std::string &root);
+
+struct SampledNode {
+  std::string path;  // absolute
+  bool isDirectory = false;
+
+  auto operator<=>(const SampledNode &) const = default;
+};
 
 class AdministrativeDatabase {
  public:
   explicit AdministrativeDatabase(std::string root);
 
-  // Where the externals are that the last update has brought: absolute paths.
+  // Where the externals are that the last update has brought: absolute paths. None also where one
+  // of them would lie outside the working copy.
   std::optional<std::vector<std::string>> externals() const;
 
-  // The absolute paths of at most that many nodes, taken at equal distances in the order in which
-  // they are stored: what is below a directory occurs in them in proportion. Sorted by bytes.
-  std::optional<std::vector<std::string>> sampleOfNodes(int count) const;
+  // At most that many nodes, taken at equal distances in the order in which they are stored: what
+  // is below a directory occurs in them in proportion. Sorted by the bytes of the paths.
+  std::optional<std::vector<SampledNode>> sampleOfNodes(int count) const;
 
  private:
   struct Closing {

@@ -1,6 +1,7 @@
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 
 #include <filesystem>
+#include <set>
 #include <thread>
 
 #include <svn_dirent_uri.h>
@@ -30,21 +31,29 @@ WalkPlan planFor(const std::string &targetPath, const KTRWorkingCopyScanOptions 
   if (options.depth != svn_depth_infinity || options.contactsRepository) {
     return {};
   }
-  return planForWorkingCopy(targetPath, std::thread::hardware_concurrency());
+  static const unsigned processorCount = std::thread::hardware_concurrency();
+  return planForWorkingCopy(targetPath, processorCount);
 }
 
+bool isDirectoryItself(const std::string &path) {
+  std::error_code ignored;
+  return std::filesystem::is_directory(std::filesystem::symlink_status(path, ignored));
+}
+
+// The working copies that are externals of others are scanned after them; each once, whatever their
+// databases say of each other.
 SVNError scan(const std::string &targetPath, const std::optional<std::string> &configDir,
               const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock,
-              bool *isRefused) {
+              std::set<std::string> *scanned, bool *isRefused) {
+  scanned->insert(targetPath);
   StatusWalk walk(targetPath, configDir, options, entryBlock, planFor(targetPath, options));
   SVNError error = walk.run();
   *isRefused = walk.isRefused();
   for (const std::string &external : walk.externalsLeftOut()) {
-    std::error_code ignored;
-    if (*isRefused || !std::filesystem::is_directory(external, ignored)) {
+    if (*isRefused || scanned->contains(external) || !isDirectoryItself(external)) {
       continue;
     }
-    SVNError another = scan(external, configDir, options, entryBlock, isRefused);
+    SVNError another = scan(external, configDir, options, entryBlock, scanned, isRefused);
     if (error == nullptr || *isRefused) {
       error = std::move(another);
     }
@@ -68,6 +77,7 @@ svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
     const SVNPool pool;
     SVN_ERR(checkTargetPath(targetPath, pool));
   }
+  std::set<std::string> scanned;
   bool isRefused = false;
-  return scan(targetPath, configDir, options, entryBlock, &isRefused).release();
+  return scan(targetPath, configDir, options, entryBlock, &scanned, &isRefused).release();
 }

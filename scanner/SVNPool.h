@@ -6,9 +6,8 @@
 
 class SVNPool {
  public:
-  SVNPool() : pool_(svn_pool_create_ex(nullptr, svn_pool_create_allocator(FALSE))) {
-    apr_allocator_owner_set(apr_pool_allocator_get(pool_), pool_);
-  }
+  // The allocator is made with a pool that owns it.
+  SVNPool() : pool_(apr_allocator_owner_get(svn_pool_create_allocator(FALSE))) {}
   ~SVNPool() { svn_pool_destroy(pool_); }
   SVNPool(const SVNPool &) = delete;
   SVNPool &operator=(const SVNPool &) = delete;

@@ -70,7 +70,7 @@ svn_error_t *StatusContext::listRecorded(const std::string &directory,
   svn_opt_revision_t revision{};
   revision.kind = svn_opt_revision_unspecified;
   return svn_client_info4(directory.c_str(), &revision, &revision, svn_depth_immediates,
-                          /*fetch_excluded=*/FALSE, /*fetch_actual_only=*/FALSE,
+                          /*fetch_excluded=*/FALSE, /*fetch_actual_only=*/TRUE,
                           /*include_externals=*/FALSE, /*changelists=*/nullptr, receiveChild,
                           const_cast<ChildReceiver *>(&receiver),  // NOLINT: handed back as const
                           context_, callPool_);

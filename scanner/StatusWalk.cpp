@@ -20,9 +20,10 @@ bool isAboutOneDirectory(svn_error_t *error) {
   return code > 0 && code < APR_OS_START_USERERR;
 }
 
-// What the library makes of a name that is not valid UTF-8.
-bool isAboutName(svn_error_t *error) {
-  return svn_error_root_cause(error)->apr_err == APR_EINVAL;
+bool canBeListed(const std::string &directory) {
+  std::error_code error;
+  std::filesystem::directory_iterator listing(directory, error);
+  return !error;
 }
 
 // The versioned folders directly in a directory.
@@ -89,8 +90,8 @@ SVNError StatusWalk::run() {
 void StatusWalk::deliverAndWalk(Worker &worker) {
   while (!queue_.isAtEnd()) {
     svn_error_clear(deliverReports());  // which has been kept
-    startHelpers();
     if (const std::optional<WalkTask> task = queue_.takeTaskUnlessReportsWait()) {
+      startHelpers();  // for the tasks that wait besides
       walk(worker, *task);
       queue_.endTask();
     }
@@ -126,8 +127,8 @@ void StatusWalk::help() {
 }
 
 void StatusWalk::walk(Worker &worker, const WalkTask &task) {
-  SVNError error(plan_.isLarge(task.directory) ? walkDivided(worker, task)
-                                               : walkWhole(worker, task));
+  SVNError error(plan_.isWorthDividing(task.directory) ? walkDivided(worker, task)
+                                                       : walkWhole(worker, task));
   if (error != nullptr) {
     queue_.stop(std::move(error));
   }
@@ -166,11 +167,11 @@ svn_error_t *StatusWalk::walkAroundErrors(Worker &worker, const WalkTask &task) 
     error.reset(listFolders(worker.context, task.directory, &folders));
   }
   if (error != nullptr) {
-    const bool isReadable = isAboutName(error.get());
     SVN_ERR(keepIfAboutDirectory(std::move(error)));
-    if (!isReadable) {
+    if (!canBeListed(task.directory)) {
       return SVN_NO_ERROR;
     }
+    folders.clear();
     SVN_ERR(walkItemByItem(worker, task, &folders));
   }
   queue_.add(std::move(folders));
@@ -228,13 +229,14 @@ bool StatusWalk::canWalkAround(svn_error_t *error) {
   if (!options_.entersExternals) {
     return true;
   }
-  if (sizeOfAdministrativeDatabase(root_) > 0) {
-    auto externals = AdministrativeDatabase(root_).externals();
-    if (!externals) {
-      return false;
-    }
-    externalsLeftOut_ = std::move(*externals);
+  auto externals = AdministrativeDatabase(topOfWorkingCopy(root_)).externals();
+  if (!externals) {
+    return false;
   }
+  std::erase_if(*externals, [this](const std::string &external) {
+    return !external.starts_with(root_ == "/" ? root_ : root_ + "/");
+  });
+  externalsLeftOut_ = std::move(*externals);
   options_.entersExternals = false;
   return true;
 }

@@ -7,9 +7,9 @@
 struct WalkPlan {
   unsigned threadCount = 1;
 
-  // Whether so much lies below this directory that several threads should share it. From any
-  // thread.
-  std::function<bool(const std::string &directory)> isLarge = [](const std::string &) {
+  // Whether so much lies in the folders of this directory that several threads should share them.
+  // From any thread.
+  std::function<bool(const std::string &directory)> isWorthDividing = [](const std::string &) {
     return false;
   };
 };

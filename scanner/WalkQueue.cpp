@@ -2,6 +2,13 @@
 
 #include <utility>
 
+namespace {
+
+// Batches. They are a few thousand reports of about 1.5 KiB each.
+constexpr std::size_t greatestWaitingReports = 16;
+
+}  // namespace
+
 void WalkQueue::add(std::vector<WalkTask> tasks) {
   {
     const platform::LockGuard guard(lock_);
@@ -15,6 +22,9 @@ void WalkQueue::add(std::vector<WalkTask> tasks) {
 void WalkQueue::deliver(std::unique_ptr<ReportBatch> batch) {
   {
     const platform::LockGuard guard(lock_);
+    while (reports_.size() >= greatestWaitingReports && !isStopped_) {
+      changed_.wait(lock_);
+    }
     reports_.push_back(std::move(batch));
   }
   changed_.notify_all();
@@ -45,8 +55,15 @@ void WalkQueue::endTask() {
 }
 
 std::vector<std::unique_ptr<ReportBatch>> WalkQueue::takeReports() {
-  const platform::LockGuard guard(lock_);
-  return std::exchange(reports_, {});
+  std::vector<std::unique_ptr<ReportBatch>> reports;
+  {
+    const platform::LockGuard guard(lock_);
+    reports.swap(reports_);
+  }
+  if (!reports.empty()) {
+    changed_.notify_all();
+  }
+  return reports;
 }
 
 bool WalkQueue::isAtEnd() const {

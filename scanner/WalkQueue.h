@@ -22,6 +22,8 @@ struct WalkTask {
 class WalkQueue {
  public:
   void add(std::vector<WalkTask> tasks) KTR_EXCLUDES(lock_);
+
+  // For the threads that do not deliver. Waits while too many reports wait, unless the walk stops.
   void deliver(std::unique_ptr<ReportBatch> batch) KTR_EXCLUDES(lock_);
 
   // Waits for a task; none once all have ended, or the walk is to stop. Each task that is taken

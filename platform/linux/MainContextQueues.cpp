@@ -1,5 +1,6 @@
 #include "platform/linux/MainContextQueues.h"
 
+#include <algorithm>
 #include <future>
 #include <map>
 #include <utility>
@@ -70,7 +71,7 @@ class MainContextQueue::Blocks {
 
   void add(std::chrono::microseconds delay, Block block) {
     const LockGuard guard(lock_);
-    const gint64 dueTime = g_get_monotonic_time() + delay.count();
+    const gint64 dueTime = g_get_monotonic_time() + std::max<gint64>(0, delay.count());
     const bool isFirst = waiting_.empty() || dueTime < waiting_.begin()->first;
     waiting_.emplace_hint(waiting_.end(), dueTime, std::move(block));
     if (isFirst) {

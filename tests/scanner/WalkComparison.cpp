@@ -84,7 +84,7 @@ WalkReports reportsOfScanner(const std::string &root) {
 WalkPlan forcedPlan(unsigned threadCount, std::function<bool(const std::string &)> isShared) {
   WalkPlan plan;
   plan.threadCount = threadCount;
-  plan.isLarge = std::move(isShared);
+  plan.isWorthDividing = std::move(isShared);
   return plan;
 }
 

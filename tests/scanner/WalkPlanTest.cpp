@@ -33,7 +33,7 @@ class WalkPlanTest : public testing::Test {
 TEST_F(WalkPlanTest, ASmallWorkingCopyIsWalkedByOneThreadAsAWhole) {
   const WalkPlan plan = planForWorkingCopy(wc.path(), 4);
   EXPECT_EQ(plan.threadCount, 1U);
-  EXPECT_FALSE(plan.isLarge(wc.path()));
+  EXPECT_FALSE(plan.isWorthDividing(wc.path()));
 }
 
 TEST_F(WalkPlanTest, ALargeWorkingCopyIsWalkedByAllThreads) {
@@ -46,16 +46,68 @@ TEST_F(WalkPlanTest, OneProcessorHasOneThread) {
   EXPECT_EQ(planForWorkingCopy(wc.path(), 1).threadCount, 1U);
 }
 
-TEST_F(WalkPlanTest, OnlyDirectoriesWithMuchBelowThemAreDivided) {
+TEST_F(WalkPlanTest, OnlyDirectoriesWithMuchInTheirFoldersAreDivided) {
   ForeignDatabase(wc.path()).grow();
   const WalkPlan plan = planForWorkingCopy(wc.path(), 4);
-  EXPECT_TRUE(plan.isLarge(wc.path()));
-  EXPECT_TRUE(plan.isLarge(wc / "large"));
-  EXPECT_TRUE(plan.isLarge(wc / "large/inner"));
-  EXPECT_FALSE(plan.isLarge(wc / "large.too"));
-  EXPECT_FALSE(plan.isLarge(wc / "small"));
-  EXPECT_FALSE(plan.isLarge(wc / "larg"));
-  EXPECT_FALSE(plan.isLarge(wc / "missing"));
+  EXPECT_TRUE(plan.isWorthDividing(wc.path()));
+  EXPECT_TRUE(plan.isWorthDividing(wc / "large"));
+  EXPECT_FALSE(plan.isWorthDividing(wc / "large/inner")) << "it has no folders";
+  EXPECT_FALSE(plan.isWorthDividing(wc / "large.too"));
+  EXPECT_FALSE(plan.isWorthDividing(wc / "small"));
+  EXPECT_FALSE(plan.isWorthDividing(wc / "larg"));
+  EXPECT_FALSE(plan.isWorthDividing(wc / "missing"));
+}
+
+// As many calls of the library as folders would cost more than is gained.
+TEST_F(WalkPlanTest, AFolderOfManySmallFoldersIsNotDivided) {
+  for (int i = 0; i < 400; ++i) {
+    writeFile(wc / ("wide/" + std::to_string(i) + "/file"), "");
+  }
+  wc.svn({"add", "--quiet", "wide"});
+  ForeignDatabase(wc.path()).grow();
+  EXPECT_FALSE(planForWorkingCopy(wc.path(), 4).isWorthDividing(wc / "wide"));
+  EXPECT_TRUE(planForWorkingCopy(wc.path(), 4).isWorthDividing(wc.path()));
+}
+
+TEST_F(WalkPlanTest, NothingIsDividedFarBelowTheRoot) {
+  std::string deep = "deep";
+  for (int level = 0; level < 40; ++level) {
+    deep += "/d";
+  }
+  for (int i = 0; i < 400; ++i) {
+    writeFile(wc / (deep + "/one/" + std::to_string(i)), "");
+  }
+  wc.svn({"add", "--quiet", "deep"});
+  ForeignDatabase(wc.path()).grow();
+  const WalkPlan plan = planForWorkingCopy(wc.path(), 4);
+  EXPECT_TRUE(plan.isWorthDividing(wc / "deep"));
+  EXPECT_TRUE(plan.isWorthDividing(wc / "deep/d/d"));
+  EXPECT_FALSE(plan.isWorthDividing(wc / deep));
+}
+
+TEST_F(WalkPlanTest, ThereAreNoMoreThanEightThreads) {
+  ForeignDatabase(wc.path()).grow();
+  EXPECT_EQ(planForWorkingCopy(wc.path(), 128).threadCount, 8U);
+}
+
+TEST_F(WalkPlanTest, NumbersOfRowsAtTheEndsOfTheirRangeDoNoHarm) {
+  ForeignDatabase(wc.path()).grow();
+  ForeignDatabase(wc.path()).execute(
+      "UPDATE NODES SET rowid = 9223372036854775807 WHERE local_relpath = 'small/file';"
+      "UPDATE NODES SET rowid = -9223372036854775807 WHERE local_relpath = 'small'");
+  EXPECT_EQ(threads(), 4U);
+  EXPECT_EQ(scan(wc.path()).error, 0);
+}
+
+// The library ends the process over some of them.
+TEST_F(WalkPlanTest, ExternalsThatLieOutsideTheWorkingCopyAreNotBelieved) {
+  for (const char *path : {"", "/", ".", "../other", "a/..", "a//b", "a/", "/etc"}) {
+    ForeignDatabase(wc.path()).execute(
+        "DELETE FROM EXTERNALS; INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, "
+        "repos_id, presence, kind, def_local_relpath, def_repos_relpath) VALUES (1, '" +
+        std::string(path) + "', '', 1, 'normal', 'dir', '', 'a')");
+    EXPECT_FALSE(AdministrativeDatabase(wc.path()).externals()) << path;
+  }
 }
 
 TEST_F(WalkPlanTest, AFolderInsideAWorkingCopyIsWalkedByOneThread) {
@@ -98,8 +150,8 @@ TEST_F(WalkPlanTest, TheSampleFollowsTheNodes) {
   ASSERT_TRUE(sample);
   EXPECT_GT(sample->size(), 40U);
   EXPECT_LE(sample->size(), 100U);
-  const auto others = std::count_if(sample->begin(), sample->end(), [&](const std::string &path) {
-    return !path.starts_with(wc / "large/inner/");
+  const auto others = std::count_if(sample->begin(), sample->end(), [&](const SampledNode &node) {
+    return !node.path.starts_with(wc / "large/inner/");
   });
   EXPECT_LE(others, 8) << "there are no more";
   EXPECT_EQ(std::adjacent_find(sample->begin(), sample->end()), sample->end());

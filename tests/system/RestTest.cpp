@@ -81,7 +81,7 @@ TEST_F(AtRest, WhatAScanHasUsedGoesBackToTheSystem) {
   EXPECT_GT(used, 8192U) << "the test shows nothing";
 
   ASSERT_EQ(asker.call("EndObservingDirectory", g_variant_new("(s)", item.c_str())), "");
-  EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + used / 4; }))
+  EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + used / 2; }))
       << ownMemory() - before << " KiB of " << used << " are kept";
 }
 
