@@ -1,8 +1,11 @@
 // What one directory that the library cannot walk costs: not the others. Names that are not valid
 // UTF-8 stand for all such errors here; ClosedDirectoryTest has those of file modes.
 #include <algorithm>
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
+#include <utility>
 
 #include "tests/scanner/WalkComparison.h"
 #include "tests/support/Subversion.h"
@@ -54,6 +57,16 @@ class WalkAroundErrors : public testing::Test {
                       "the root apart");
       }
     }
+  }
+
+  std::set<fs::path> pristineTexts() const {
+    std::set<fs::path> texts;
+    for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+      if (entry.is_regular_file()) {
+        texts.insert(entry.path());
+      }
+    }
+    return texts;
   }
 
   static void expectReports(WalkReports expected, WalkReports actual, const char *how) {
@@ -135,6 +148,46 @@ TEST_F(WalkAroundErrors, ANameInAnExternalCostsNothingElse) {
   hasExternals = true;
   expectAllReportsDespite(
       {std::string("a/first/e/") + badName, std::string("a/second/") + badName});
+}
+
+// Without an end to be seen: each link leads to both again.
+TEST_F(WalkAroundErrors, ExternalsThatHaveBecomeLinksAreNotFollowed) {
+  wc.svn({"propset", "svn:externals", "^/d first\n^/d second", "."});
+  wc.commit();
+  wc.svn({"update", "--quiet"});
+  for (const char *name : {"first", "second"}) {
+    fs::remove_all(wc / name);
+    fs::create_symlink(".", wc / name);
+  }
+  writeFile(wc / "a/b/c/clean", "edited");
+  writeFile(wc / badName, "");
+  const WalkReports reports = reportsOfScanner(wc.path());
+  EXPECT_EQ(reports.error, APR_EINVAL);
+  EXPECT_THAT(reports.nodes, Contains(HasSubstr("/a/b/c/clean ")));
+  EXPECT_LT(reports.nodes.size(), 20U);
+}
+
+// Nothing can be said of that file without its text as it was.
+TEST_F(WalkAroundErrors, AFileWhoseTextIsLostCostsNothingElse) {
+  const std::set<fs::path> others = pristineTexts();
+  wc.addFile("a/lost", "contents of its own\n");
+  writeFile(wc / "a/b/c/clean", "edited");
+  writeFile(wc / "a/clean", "edited");
+  const WalkReports before = reportsOfLibrary(wc.path());
+  for (const fs::path &text : pristineTexts()) {
+    if (!others.contains(text)) {
+      fs::remove(text);
+    }
+  }
+  const std::string lost = wc / "a/lost";
+  fs::last_write_time(lost, fs::last_write_time(lost) + std::chrono::hours(1));
+  EXPECT_NE(reportsOfLibrary(wc.path()).error, 0);
+  for (WalkReports actual :
+       {reportsOfScanner(wc.path()), reportsOfWalk(wc.path(), forcedPlan(3))}) {
+    EXPECT_NE(std::exchange(actual.error, 0), 0);
+    actual.nodes.erase(std::unique(actual.nodes.begin(), actual.nodes.end()), actual.nodes.end());
+    EXPECT_EQ(differencesOf(actual, before), "");
+  }
 }
 
 TEST_F(WalkAroundErrors, AnErrorOfTheBlockEndsTheWalkAroundAnError) {

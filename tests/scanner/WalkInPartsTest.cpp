@@ -1,8 +1,10 @@
 // What must be observed when a walk is divided. Every directory is walked apart from the others
 // here, by several threads, and what is reported must be what the library reports in one call.
 #include <atomic>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -198,15 +200,25 @@ TEST_F(WalkInParts, AWorkingCopyThatIsUnversionedInAnotherIsNotEntered) {
 
 TEST_F(WalkInParts, TheBlockIsCalledOnTheCallingThreadAlone) {
   wc.svn({"propset", "name", "value", "--recursive", "."});
+  const auto calling = std::this_thread::get_id();
+  std::promise<void> anotherWalks;
+  std::once_flag once;
+  const WalkPlan plan = forcedPlan(4, [&](const std::string &) {
+    if (std::this_thread::get_id() != calling) {
+      std::call_once(once, [&] { anotherWalks.set_value(); });
+    }
+    return true;
+  });
   std::atomic<int> elsewhere = 0;
   std::atomic<int> calls = 0;
-  const KTRWorkingCopyEntryBlock block =
-      [&, calling = std::this_thread::get_id()](auto...) -> svn_error_t * {
+  const KTRWorkingCopyEntryBlock block = [&](auto...) -> svn_error_t * {
     elsewhere += std::this_thread::get_id() == calling ? 0 : 1;
-    ++calls;
+    if (++calls == 1) {
+      anotherWalks.get_future().wait();  // so that not all is done by the calling thread
+    }
     return SVN_NO_ERROR;
   };
-  StatusWalk walk(wc.path(), "/dev/null", {}, block, forcedPlan(4));
+  StatusWalk walk(wc.path(), "/dev/null", {}, block, plan);
   EXPECT_EQ(walk.run(), nullptr);
   EXPECT_EQ(calls, 16);
   EXPECT_EQ(elsewhere, 0);
