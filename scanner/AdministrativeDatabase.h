@@ -24,7 +24,8 @@ struct SampledNode {
   std::string path;  // absolute
   bool isDirectory = false;
 
-  auto operator<=>(const SampledNode &) const = default;
+  bool operator==(const SampledNode &) const = default;
+  bool operator<(const SampledNode &other) const { return path < other.path; }
 };
 
 class AdministrativeDatabase {
