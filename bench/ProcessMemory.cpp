@@ -47,7 +47,7 @@ ProcessMemory memoryAtRest(const std::string &processIdentifier, Seconds stillFo
                            Seconds patience) {
   // It changes a little whenever another program that maps the same libraries comes or goes.
   constexpr long tolerance = 100;  // KiB
-  constexpr auto interval = 10ms;
+  constexpr auto interval = 10ms;  // between readings: nobody is told when the file changes
   const auto secondsSince = [](steady_clock::time_point begin) {
     return std::chrono::duration<Seconds>(steady_clock::now() - begin).count();
   };
