@@ -36,8 +36,8 @@ class AdministrativeDatabase {
   // of them would lie outside the working copy.
   std::optional<std::vector<std::string>> externals() const;
 
-  // At most that many nodes, taken at equal distances in the order in which they are stored: what
-  // is below a directory occurs in them in proportion. Sorted by the bytes of the paths.
+  // At most that many nodes, spread evenly over the order in which they are stored: what is below a
+  // directory occurs in them in proportion. Sorted by the bytes of the paths.
   std::optional<std::vector<SampledNode>> sampleOfNodes(int count) const;
 
  private:

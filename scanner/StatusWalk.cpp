@@ -158,8 +158,9 @@ svn_error_t *StatusWalk::walkDivided(Worker &worker, const WalkTask &task) {
   return keepIfAboutDirectory(SVNError(ask(worker, task, svn_depth_immediates)));
 }
 
-// The library ends a walk at the first directory that it cannot read and at the first name that is
-// not valid UTF-8. So the directories below this one are walked apart from each other.
+// The library ends a walk at the first directory that it cannot read, at the first name that is not
+// valid UTF-8, and at the first file of which it cannot read what it must. So the directories below
+// this one are walked apart from each other, and the items in it where need be.
 svn_error_t *StatusWalk::walkAroundErrors(Worker &worker, const WalkTask &task) {
   std::vector<WalkTask> folders;
   SVNError error(ask(worker, task, svn_depth_immediates));

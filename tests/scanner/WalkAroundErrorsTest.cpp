@@ -1,5 +1,5 @@
 // What one directory that the library cannot walk costs: not the others. Names that are not valid
-// UTF-8 stand for all such errors here; ClosedDirectoryTest has those of file modes.
+// UTF-8 stand for most such errors here; ClosedDirectoryTest has those of file modes.
 #include <algorithm>
 #include <chrono>
 #include <gmock/gmock.h>
