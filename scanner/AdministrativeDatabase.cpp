@@ -9,10 +9,6 @@
 
 namespace {
 
-std::string databasePath(const std::string &root) {
-  return root + "/.svn/wc.db";
-}
-
 sqlite3 *openForReading(const std::string &path) {
   sqlite3 *connection = nullptr;
   if (sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX,
@@ -80,11 +76,15 @@ bool isBelowTop(const std::string &relative) {
 
 }  // namespace
 
+std::string databaseOfWorkingCopy(const std::string &top) {
+  return (top == "/" ? "" : top) + "/.svn/wc.db";
+}
+
 std::string topOfWorkingCopy(const std::string &path) {
   std::filesystem::path directory(path);
   std::error_code ignored;
   while (directory.has_relative_path() &&
-         !std::filesystem::exists(databasePath(directory), ignored)) {
+         !std::filesystem::exists(databaseOfWorkingCopy(directory), ignored)) {
     directory = directory.parent_path();
   }
   return directory;
@@ -92,12 +92,12 @@ std::string topOfWorkingCopy(const std::string &path) {
 
 std::uintmax_t sizeOfAdministrativeDatabase(const std::string &root) {
   std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(databasePath(root), error);
+  const std::uintmax_t size = std::filesystem::file_size(databaseOfWorkingCopy(root), error);
   return error ? 0 : size;
 }
 
 AdministrativeDatabase::AdministrativeDatabase(std::string root)
-    : root_(std::move(root)), connection_(openForReading(databasePath(root_))) {}
+    : root_(std::move(root)), connection_(openForReading(databaseOfWorkingCopy(root_))) {}
 
 std::optional<std::vector<std::string>> AdministrativeDatabase::externals() const {
   Statement statement(connection_.get(), "SELECT local_relpath FROM EXTERNALS");

@@ -13,6 +13,9 @@
 
 struct sqlite3;
 
+// Where the database of the working copy with that top directory is.
+std::string databaseOfWorkingCopy(const std::string &top);
+
 // The nearest directory that has a database, from `path` upwards; "/" if none has.
 std::string topOfWorkingCopy(const std::string &path);
 

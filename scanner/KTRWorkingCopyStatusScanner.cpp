@@ -4,28 +4,11 @@
 #include <set>
 #include <thread>
 
-#include <svn_dirent_uri.h>
-#include <svn_error.h>
-
-#include "platform/Text.h"
 #include "scanner/SVNError.h"
-#include "scanner/SVNPool.h"
 #include "scanner/StatusWalk.h"
+#include "scanner/TargetPath.h"
 
 namespace {
-
-// What the library takes for granted of a path; it ends the process where that is not so.
-svn_error_t *checkTargetPath(const std::string &path, apr_pool_t *pool) {
-  if (!platform::isValidUTF8(path) || path.find('\0') != std::string::npos) {
-    return svn_error_create(SVN_ERR_BAD_FILENAME, nullptr,
-                            "The working copy's path is not valid UTF-8");
-  }
-  if (!svn_dirent_is_absolute(path.c_str()) || !svn_dirent_is_canonical(path.c_str(), pool)) {
-    return svn_error_create(SVN_ERR_BAD_FILENAME, nullptr,
-                            "The working copy's path is not absolute and canonical");
-  }
-  return SVN_NO_ERROR;
-}
 
 WalkPlan planFor(const std::string &targetPath, const KTRWorkingCopyScanOptions &options) {
   if (options.depth != svn_depth_infinity || options.contactsRepository) {
@@ -63,20 +46,10 @@ SVNError scan(const std::string &targetPath, const std::optional<std::string> &c
 
 }  // namespace
 
-KTRWorkingCopyScanOptions KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(
-    svn_depth_t depth) {
-  KTRWorkingCopyScanOptions options;
-  options.depth = depth;
-  return options;
-}
-
 svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
     const std::string &targetPath, const std::optional<std::string> &configDir,
     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock) {
-  {
-    const SVNPool pool;
-    SVN_ERR(checkTargetPath(targetPath, pool));
-  }
+  SVN_ERR(checkTargetPath(targetPath));
   std::set<std::string> scanned;
   bool isRefused = false;
   return scan(targetPath, configDir, options, entryBlock, &scanned, &isRefused).release();

@@ -6,6 +6,7 @@
 #include <svn_config.h>
 #include <svn_dirent_uri.h>
 #include <svn_error.h>
+#include <svn_hash.h>
 
 #include "scanner/SVNError.h"
 
@@ -28,18 +29,29 @@ svn_error_t *interrupt(void *baton) {
       [&] { return (*static_cast<const std::function<svn_error_t *()> *>(baton))(); });
 }
 
+// How long a scan waits for another program that has locked the database, in milliseconds. The
+// library's own ten seconds would look like a scan that hangs.
+constexpr const char *busyTimeout = "1500";
+
 // Creates nothing. A configuration that cannot be read must not cost the scan, so the library's
 // defaults stand in for the whole of it then.
-apr_hash_t *readConfiguration(const std::optional<std::string> &configDir, apr_pool_t *pool) {
-  apr_hash_t *configuration = nullptr;
+svn_error_t *readConfiguration(apr_hash_t **configuration,
+                               const std::optional<std::string> &configDir, apr_pool_t *pool) {
   const char *canonicalDir =
       configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
-  svn_error_t *error = svn_config_get_config(&configuration, canonicalDir, pool);
-  if (error != nullptr) {
+  if (svn_error_t *error = svn_config_get_config(configuration, canonicalDir, pool)) {
     svn_error_clear(error);
-    return apr_hash_make(pool);
+    *configuration = apr_hash_make(pool);
   }
-  return configuration;
+  auto *config =
+      static_cast<svn_config_t *>(svn_hash_gets(*configuration, SVN_CONFIG_CATEGORY_CONFIG));
+  if (config == nullptr) {
+    SVN_ERR(svn_config_create2(&config, FALSE, FALSE, pool));
+    svn_hash_sets(*configuration, SVN_CONFIG_CATEGORY_CONFIG, config);
+  }
+  svn_config_set(config, SVN_CONFIG_SECTION_WORKING_COPY, SVN_CONFIG_OPTION_SQLITE_BUSY_TIMEOUT,
+                 busyTimeout);
+  return SVN_NO_ERROR;
 }
 
 }  // namespace
@@ -94,7 +106,9 @@ svn_error_t *StatusContext::ask(const std::string &path, const KTRWorkingCopySca
 
 svn_error_t *StatusContext::makeContext() {
   if (context_ == nullptr) {
-    SVN_ERR(svn_client_create_context2(&context_, readConfiguration(configDir_, pool_), pool_));
+    apr_hash_t *configuration = nullptr;
+    SVN_ERR(readConfiguration(&configuration, configDir_, pool_));
+    SVN_ERR(svn_client_create_context2(&context_, configuration, pool_));
     context_->cancel_func = interrupt;
     context_->cancel_baton = const_cast<std::function<svn_error_t *()> *>(&interrupt_);  // NOLINT
   }

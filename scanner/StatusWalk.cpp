@@ -9,6 +9,7 @@
 #include <apr_errno.h>
 
 #include "scanner/AdministrativeDatabase.h"
+#include "scanner/WalkProgress.h"
 
 namespace {
 
@@ -243,6 +244,7 @@ bool StatusWalk::canWalkAround(svn_error_t *error) {
 }
 
 svn_error_t *StatusWalk::interrupt(const Worker &worker) {
+  noteWalkProgress();
   if (queue_.isStopped()) {
     return svn_error_create(SVN_ERR_CANCELLED, nullptr, nullptr);
   }

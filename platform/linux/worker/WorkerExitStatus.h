@@ -1,0 +1,8 @@
+// How a scan that has not come to its end says why.
+#pragma once
+
+// The system has no more memory, which is not the fault of the working copy that was scanned.
+constexpr int workerExitWithoutMemory = 75;
+
+// No process is to be had for the scan.
+constexpr int workerExitWithoutProcess = 76;
