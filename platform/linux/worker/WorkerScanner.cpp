@@ -13,10 +13,6 @@
 
 namespace {
 
-// The worker gives a sign every second while its scan goes on, and waits for the locks of others
-// for less than two. So this is a scan that hangs.
-constexpr std::chrono::seconds patienceWithSilence{8};
-
 // How often a scan may be ended from outside before the root is held responsible after all: the
 // kernel, too, ends processes, whichever take the memory.
 constexpr int greatestAttemptCount = 3;
@@ -56,8 +52,8 @@ class WorkerScanner::OneScan {
   };
 
   OneScan(const MessageSocket &worker, const ScanRequest &request,
-          const KTRWorkingCopyEntryBlock &entryBlock)
-      : worker_(worker), request_(request), entryBlock_(entryBlock) {}
+          const KTRWorkingCopyEntryBlock &entryBlock, std::chrono::seconds patience)
+      : worker_(worker), request_(request), entryBlock_(entryBlock), patience_(patience) {}
 
   Result run() {
     auto sockets = MessageSocket::makePair();
@@ -71,7 +67,7 @@ class WorkerScanner::OneScan {
     sockets.reset();  // so that the end of the scan is the end of the connection
     std::string bytes;
     for (;;) {
-      switch (scan.receiveWithin(patienceWithSilence, &bytes)) {
+      switch (scan.receiveWithin(patience_, &bytes)) {
         case MessageSocket::Reception::message:
           if (const std::optional<Result> result = take(bytes)) {
             return *result;
@@ -134,7 +130,7 @@ class WorkerScanner::OneScan {
   // How the process of the scan has ended, the worker knows.
   Result resultAfterExit() {
     std::string bytes;
-    const MessageSocket::Reception reception = worker_.receiveWithin(patienceWithSilence, &bytes);
+    const MessageSocket::Reception reception = worker_.receiveWithin(patience_, &bytes);
     const std::optional<ScanExit> exit =
         reception == MessageSocket::Reception::message ? decodeScanExit(bytes) : std::nullopt;
     isWorkerIdle_ = exit.has_value();
@@ -175,14 +171,17 @@ class WorkerScanner::OneScan {
   const MessageSocket &worker_;
   const ScanRequest &request_;
   const KTRWorkingCopyEntryBlock &entryBlock_;
+  const std::chrono::seconds patience_;
   std::optional<ScanDatabase> database_;
   SVNError error_;
   bool isAtEnd_ = false;
   bool isWorkerIdle_ = false;
 };
 
-WorkerScanner::WorkerScanner(StartWorker startWorker)
-    : startWorker_(std::move(startWorker)), barredRoots_(platform::systemCallPatience) {}
+WorkerScanner::WorkerScanner(StartWorker startWorker, std::chrono::seconds patience)
+    : startWorker_(std::move(startWorker)),
+      patience_(patience),
+      barredRoots_(platform::systemCallPatience) {}
 
 svn_error_t *WorkerScanner::scan(const std::string &targetPath,
                                  const std::optional<std::string> &configDir,
@@ -205,7 +204,7 @@ svn_error_t *WorkerScanner::scan(const std::string &targetPath,
       }
       worker = std::move(*started);
     }
-    OneScan attempted(worker->socket(), request, entryBlock);
+    OneScan attempted(worker->socket(), request, entryBlock, patience_);
     const OneScan::Result result = attempted.run();
     if (attempted.isWorkerIdle()) {
       keepIdle(std::move(worker));

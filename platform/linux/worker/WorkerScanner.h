@@ -14,6 +14,7 @@
 // From any thread. Scans at the same time have a worker each.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,7 +27,10 @@
 
 class WorkerScanner {
  public:
-  explicit WorkerScanner(StartWorker startWorker);
+  // Scans that are silent for longer than `patience` are ended. The worker gives a sign every
+  // second while its scan goes on, and waits for the locks of others for less than two.
+  explicit WorkerScanner(StartWorker startWorker,
+                         std::chrono::seconds patience = std::chrono::seconds(8));
 
   svn_error_t *scan(const std::string &targetPath, const std::optional<std::string> &configDir,
                     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock)
@@ -39,6 +43,7 @@ class WorkerScanner {
   void keepIdle(std::unique_ptr<WorkerProcess> worker) KTR_EXCLUDES(lock_);
 
   const StartWorker startWorker_;
+  const std::chrono::seconds patience_;
 
   platform::Lock lock_;
   std::unique_ptr<WorkerProcess> idleWorker_ KTR_GUARDED_BY(lock_);

@@ -1,0 +1,393 @@
+// What becomes of scans whose process aborts, hangs, is killed, or says what it should not.
+#include <csignal>
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <set>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <thread>
+
+#include "platform/linux/worker/WorkerExitStatus.h"
+#include "platform/linux/worker/WorkerScanner.h"
+#include "scanner/SVNError.h"
+#include "tests/scanner/ForeignDatabase.h"
+#include "tests/support/StartedWorker.h"
+#include "tests/support/Subversion.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+struct Scanned {
+  std::set<std::string> paths;
+  int error = 0;
+  std::string message;
+};
+
+Scanned scanWith(WorkerScanner &scanner, const std::string &root) {
+  KTREnsureSVNCoreInitialization();
+  Scanned result;
+  const SVNError error(scanner.scan(
+      root, "/dev/null", KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity),
+      [&result](const char *path, const svn_client_status_t *,
+                const svn_wc_status2_t *) -> svn_error_t * {
+        result.paths.insert(path);
+        return SVN_NO_ERROR;
+      }));
+  if (error != nullptr) {
+    char message[1024];
+    result.error = error->apr_err;
+    result.message = svn_err_best_message(error.get(), message, sizeof message);
+  }
+  return result;
+}
+
+// A worker whose scans do what a test wants.
+class ScriptedWorkers {
+ public:
+  // Gets the scan's socket, and says how its process ends; none if the worker ends with it.
+  using Script = std::function<std::optional<ScanExit>(const ScanRequest &request,
+                                                       const MessageSocket &receiver)>;
+
+  explicit ScriptedWorkers(Script script) : script_(std::move(script)) {}
+
+  StartWorker starter() {
+    return [this]() -> platform::Result<std::unique_ptr<WorkerProcess>> {
+      ++startCount;
+      return std::unique_ptr<WorkerProcess>(std::make_unique<Worker>(*this));
+    };
+  }
+
+  int startCount = 0;
+  int scanCount = 0;
+
+ private:
+  class Worker final : public WorkerProcess {
+   public:
+    explicit Worker(ScriptedWorkers &workers)
+        : ends_(MessageSocket::makePair()),
+          thread_([this, &workers] { serve(workers, std::move(ends_->second)); }) {}
+    ~Worker() override {
+      shutdown(ends_->first.descriptor(), SHUT_RDWR);
+      thread_.join();
+    }
+
+    const MessageSocket &socket() const override { return ends_->first; }
+
+   private:
+    static void serve(ScriptedWorkers &workers, const MessageSocket extension) {  // NOLINT: closed
+      std::string bytes;
+      std::optional<MessageSocket> receiver;
+      while (extension.receive(&bytes, &receiver) == MessageSocket::Reception::message) {
+        ++workers.scanCount;
+        const auto exit = workers.script_(*decodeScanRequest(bytes), *receiver);
+        if (!exit) {
+          return;
+        }
+        receiver.reset();
+        extension.send(encode(*exit));
+      }
+    }
+
+    std::optional<std::pair<MessageSocket, MessageSocket>> ends_;
+    std::thread thread_;
+  };
+
+  const Script script_;
+};
+
+constexpr ScanExit wellEnded{false, 0};
+
+void begin(const MessageSocket &receiver, const ScanRequest &request) {
+  receiver.send(encode(ScanMessage(ScanDatabase{request.targetPath + "/.svn/wc.db", ""})));
+}
+
+void report(const MessageSocket &receiver, const std::string &path) {
+  receiver.send(
+      encode(ScanMessage(ScanReports{{path, svn_wc_status_modified, false, false, false}})));
+}
+
+}  // namespace
+
+TEST(WorkerScanner, AWorkerIsKeptForTheNextScan) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    report(receiver, request.targetPath + "/file");
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(workers.startCount, 0);
+  EXPECT_THAT(scanWith(scanner, "/wc").paths, ElementsAre("/wc/file"));
+  EXPECT_THAT(scanWith(scanner, "/another").paths, ElementsAre("/another/file"));
+  EXPECT_EQ(workers.startCount, 1);
+  EXPECT_EQ(workers.scanCount, 2);
+}
+
+TEST(WorkerScanner, ARootThatEndsItsScanIsLeftAloneAndOthersAreNot) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    report(receiver, request.targetPath + "/file");
+    if (request.targetPath == "/bad") {
+      return std::optional(ScanExit{true, SIGABRT});
+    }
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter());
+  const Scanned aborted = scanWith(scanner, "/bad");
+  EXPECT_EQ(aborted.error, SVN_ERR_EXTERNAL_PROGRAM);
+  EXPECT_EQ(aborted.message, "The scan was ended by signal 6 (Aborted)");
+  EXPECT_THAT(aborted.paths, ElementsAre("/bad/file"));
+  for (int i = 0; i < 3; ++i) {
+    const Scanned barred = scanWith(scanner, "/bad");
+    EXPECT_EQ(barred.error, SVN_ERR_EXTERNAL_PROGRAM);
+    EXPECT_EQ(barred.message,
+              "An earlier scan failed; the next one is when the database has changed");
+    EXPECT_THAT(barred.paths, IsEmpty());
+    EXPECT_THAT(scanWith(scanner, "/good").paths, ElementsAre("/good/file"));
+  }
+  EXPECT_EQ(workers.scanCount, 4);
+  EXPECT_EQ(workers.startCount, 1);
+}
+
+TEST(WorkerScanner, AnEndFromOutsideIsNotTheRootsFault) {
+  for (const int signal : {SIGKILL, SIGTERM, SIGINT, SIGHUP}) {
+    int endsLeft = 2;
+    ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
+      begin(receiver, request);
+      if (endsLeft-- > 0) {
+        return std::optional(ScanExit{true, signal});
+      }
+      report(receiver, request.targetPath + "/file");
+      receiver.send(encode(ScanMessage(ScanEnd{})));
+      return std::optional(wellEnded);
+    });
+    WorkerScanner scanner(workers.starter());
+    const Scanned result = scanWith(scanner, "/wc");
+    EXPECT_EQ(result.error, 0) << result.message;
+    EXPECT_THAT(result.paths, ElementsAre("/wc/file"));
+    EXPECT_EQ(workers.scanCount, 3);
+  }
+}
+
+TEST(WorkerScanner, ARootWhoseScansAreEndedAgainAndAgainIsLeftAlone) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    return std::optional(ScanExit{true, SIGKILL});
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The scan was ended by signal 9 (Killed)");
+  EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+  EXPECT_EQ(workers.scanCount, 3);
+}
+
+TEST(WorkerScanner, AWorkerThatIsGoneIsReplaced) {
+  bool ends = true;
+  ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    if (std::exchange(ends, false)) {
+      return std::optional<ScanExit>();
+    }
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
+  EXPECT_EQ(workers.startCount, 2);
+}
+
+TEST(WorkerScanner, WorkersThatEndAtOnceAreNotTheRootsFault) {
+  bool endsAtOnce = true;
+  ScriptedWorkers workers([&](const ScanRequest &, const MessageSocket &receiver) {
+    if (endsAtOnce) {
+      return std::optional<ScanExit>();
+    }
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The status worker has ended");
+  EXPECT_EQ(workers.startCount, 3);
+  endsAtOnce = false;
+  EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
+}
+
+TEST(WorkerScanner, AWorkerThatCannotBeStartedIsNotTheRootsFault) {
+  bool canStart = false;
+  ScriptedWorkers workers([](const ScanRequest &, const MessageSocket &receiver) {
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner([&]() -> platform::Result<std::unique_ptr<WorkerProcess>> {
+    return canStart
+               ? workers.starter()()
+               : platform::Result<std::unique_ptr<WorkerProcess>>::failure("Too many open files");
+  });
+  const Scanned result = scanWith(scanner, "/wc");
+  EXPECT_EQ(result.error, SVN_ERR_EXTERNAL_PROGRAM);
+  EXPECT_EQ(result.message, "The status worker cannot be started: Too many open files");
+  canStart = true;
+  EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
+}
+
+TEST(WorkerScanner, ALackOfMemoryIsNotTheRootsFault) {
+  for (const int status : {workerExitWithoutMemory, workerExitWithoutProcess}) {
+    bool isThereEnough = false;
+    ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
+      begin(receiver, request);
+      if (!isThereEnough) {
+        return std::optional(ScanExit{false, status});
+      }
+      receiver.send(encode(ScanMessage(ScanEnd{})));
+      return std::optional(wellEnded);
+    });
+    WorkerScanner scanner(workers.starter());
+    EXPECT_THAT(scanWith(scanner, "/wc").message, HasSubstr("There "));
+    isThereEnough = true;
+    EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
+  }
+}
+
+TEST(WorkerScanner, SilenceEndsTheWorkerAndBeatsDoNot) {
+  constexpr std::chrono::seconds patience{1};
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    if (request.targetPath == "/slow") {
+      for (int i = 0; i < 10; ++i) {
+        receiver.send(encode(ScanMessage(ScanBeat())));
+      }
+      receiver.send(encode(ScanMessage(ScanEnd{})));
+      return std::optional(wellEnded);
+    }
+    std::string nothing;
+    receiver.receive(&nothing);  // until the extension has given it up
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter(), patience);
+  EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
+  EXPECT_EQ(scanWith(scanner, "/hanging").message, "The scan hangs");
+  EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
+  EXPECT_NE(scanWith(scanner, "/hanging").error, 0);
+  EXPECT_EQ(workers.scanCount, 3);
+  EXPECT_EQ(workers.startCount, 2);
+}
+
+TEST(WorkerScanner, WhatAScanMayNotSayEndsIt) {
+  const std::string messages[] = {
+      std::string("garbage"),
+      std::string(greatestScanMessage + 1, '\0'),
+      encode(ScanMessage(ScanReports{{"/etc", svn_wc_status_modified, false, false, false}})),
+      encode(ScanMessage(ScanReports{{"/wc2/x", svn_wc_status_modified, false, false, false}})),
+      encode(ScanMessage(ScanReports{{"", svn_wc_status_modified, false, false, false}})),
+      encode(ScanExit{false, 0})};
+  for (const std::string &message : messages) {
+    ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
+      begin(receiver, request);
+      receiver.send(message);
+      std::string nothing;
+      receiver.receive(&nothing);
+      return std::optional<ScanExit>();
+    });
+    WorkerScanner scanner(workers.starter());
+    const Scanned result = scanWith(scanner, "/wc");
+    EXPECT_EQ(result.message, "The scan sent what is not understood") << message;
+    EXPECT_THAT(result.paths, IsEmpty());
+    EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+    EXPECT_EQ(workers.scanCount, 1);
+  }
+}
+
+TEST(WorkerScanner, NothingMayFollowTheEnd) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    report(receiver, request.targetPath + "/late");
+    std::string nothing;
+    receiver.receive(&nothing);
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The scan sent what is not understood");
+}
+
+TEST(WorkerScanner, PathsThatCouldNotBeSentAreRefusedBefore) {
+  ScriptedWorkers workers(
+      [](const ScanRequest &, const MessageSocket &) { return std::optional<ScanExit>(); });
+  WorkerScanner scanner(workers.starter());
+  for (const std::string &path : {std::string("/wc\0/x", 6), std::string("/wc\xFF"),
+                                  std::string("wc"), std::string("/wc/")}) {
+    EXPECT_EQ(scanWith(scanner, path).error, SVN_ERR_BAD_FILENAME);
+  }
+  EXPECT_EQ(workers.startCount, 0);
+}
+
+namespace {
+
+// The built worker, and databases that it does not bear.
+class WorkerScannerProcess : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const WorkingCopy *each : {&wc, &other}) {
+      writeFile(*each / "file", "contents");
+    }
+  }
+
+  // The library ends the process where it finds an external outside the working copy.
+  void breakDatabase() const {
+    ForeignDatabase(wc.path()).execute(
+        "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, "
+        "kind, def_local_relpath, def_repos_relpath) VALUES (1, '../wc', '', 1, 'normal', "
+        "'dir', '', '')");
+  }
+
+  void repairDatabase() const { ForeignDatabase(wc.path()).execute("DELETE FROM EXTERNALS"); }
+
+  const TemporaryDirectory directory;
+  const WorkingCopy wc{directory};
+  const WorkingCopy other{directory, "other"};
+};
+
+}  // namespace
+
+TEST_F(WorkerScannerProcess, ACrashCostsTheRootItsScansUntilTheDatabaseChanges) {
+  WorkerScanner scanner(startsWorker());
+  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
+  breakDatabase();
+  EXPECT_THAT(scanWith(scanner, wc.path()).message, StartsWith("The scan "));
+  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
+  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
+  repairDatabase();
+  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
+}
+
+TEST_F(WorkerScannerProcess, AScanThatWaitsForAFIFOIsEnded) {
+  wc.addFile("same-size", "old");
+  const std::string text = wc / "same-size";
+  writeFile(text, "new");
+  fs::last_write_time(text, fs::file_time_type::clock::now() + std::chrono::hours(1));
+  // What it is compared with cannot be read, and never comes to an end.
+  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+    if (entry.is_regular_file()) {
+      fs::remove(entry.path());
+      ASSERT_EQ(mkfifo(entry.path().c_str(), 0600), 0);
+    }
+  }
+  WorkerScanner scanner(startsWorker(), std::chrono::seconds(2));
+  EXPECT_EQ(scanWith(scanner, wc.path()).message, "The scan hangs");
+  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
+  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
+}
+
+TEST_F(WorkerScannerProcess, ALockedDatabaseIsAnErrorBeforeItLooksLikeAHang) {
+  const ForeignDatabase lock(wc.path());
+  lock.execute("BEGIN EXCLUSIVE");
+  WorkerScanner scanner(startsWorker(), std::chrono::seconds(4));
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, SVN_ERR_SQLITE_BUSY);
+}
