@@ -8,6 +8,7 @@
 #include "platform/linux/worker/DatabaseState.h"
 #include "platform/linux/worker/program/Heartbeat.h"
 #include "platform/linux/worker/program/MemoryLimit.h"
+#include "platform/linux/worker/program/ScanConfinement.h"
 #include "scanner/AdministrativeDatabase.h"
 #include "scanner/SVNError.h"
 
@@ -78,6 +79,7 @@ int runScan(const MessageSocket &receiver, const ScanRequest &request) {
   Sender sender(receiver);
   const std::string database = databaseOfWorkingCopy(topOfWorkingCopy(request.targetPath));
   sender.send(ScanDatabase{database, stateOfDatabase(database)});
+  confineScan(request, database);
 
   SVNError error;
   {
