@@ -1,5 +1,5 @@
-// scan_bench [NUMBER-OF-FILES…]: the scanner by itself, beside "svn status" and beside a walk by
-// one thread on the same tree in the same run.
+// scan_bench [NUMBER-OF-FILES…]: the scanner by itself, beside "svn status", a walk by one thread,
+// and a scan by a status worker, on the same tree in the same run.
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -11,8 +11,10 @@
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
 #include "bench/Sizes.h"
+#include "platform/linux/worker/WorkerScanner.h"
 #include "scanner/SVNError.h"
 #include "scanner/StatusWalk.h"
+#include "tests/support/StartedWorker.h"
 
 namespace {
 
@@ -35,6 +37,14 @@ void scan(const std::string &root) {
       KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity), ignoreEntry)));
 }
 
+// By a worker that is kept, as in the extension.
+void scanInWorker(const std::string &root) {
+  static WorkerScanner scanner(startsWorker());
+  require(SVNError(scanner.scan(
+      root, std::nullopt,
+      KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity), ignoreEntry)));
+}
+
 void scanByOneThread(const std::string &root) {
   const KTRWorkingCopyEntryBlock block = ignoreEntry;
   StatusWalk walk(root, std::nullopt,
@@ -43,14 +53,16 @@ void scanByOneThread(const std::string &root) {
   require(walk.run());
 }
 
-// A row of the table: three ways in turn, each as often at every place of the turn.
+// A row of the table: four ways in turn, each as often at every place of the turn.
 void compare(const WorkingCopy &wc, int fileCount, const char *shape, const char *changed) {
   std::vector<Seconds> scans;
   std::vector<Seconds> singles;
+  std::vector<Seconds> workers;
   std::vector<Seconds> statuses;
   const std::vector<std::function<void()>> ways = {
       [&] { scans.push_back(timeOf([&] { scan(wc.path()); })); },
       [&] { singles.push_back(timeOf([&] { scanByOneThread(wc.path()); })); },
+      [&] { workers.push_back(timeOf([&] { scanInWorker(wc.path()); })); },
       [&] {
         statuses.push_back(runProgram({"svn", "status", wc.path()}).duration);
       }};
@@ -63,16 +75,20 @@ void compare(const WorkingCopy &wc, int fileCount, const char *shape, const char
   const long statusMemory = runProgram({"svn", "status", wc.path()}).peakMemory;
   const Runs ours = summaryOf(scans);
   const Runs single = summaryOf(singles);
+  const Runs worker = summaryOf(workers);
   const Runs status = summaryOf(statuses);
   std::printf(
-      "| %7d | %s | %s | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.2f | %.2f | "
+      "| %7d | %s | %s | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | %.1f (%.1f–%.1f) | "
+      "%.1f (%.1f–%.1f) | %.2f | %.2f | %.2f | "
       "%.1f | "
       "%.1f |\n",
       fileCount, shape, changed, inMilliseconds(ours.median), inMilliseconds(ours.least),
       inMilliseconds(ours.greatest), inMilliseconds(single.median), inMilliseconds(single.least),
-      inMilliseconds(single.greatest), inMilliseconds(status.median), inMilliseconds(status.least),
+      inMilliseconds(single.greatest), inMilliseconds(worker.median), inMilliseconds(worker.least),
+      inMilliseconds(worker.greatest), inMilliseconds(status.median), inMilliseconds(status.least),
       inMilliseconds(status.greatest), ours.median / status.median, ours.median / single.median,
-      static_cast<double>(memory) / 1024, static_cast<double>(statusMemory) / 1024);
+      worker.median / ours.median, static_cast<double>(memory) / 1024,
+      static_cast<double>(statusMemory) / 1024);
   std::fflush(stdout);
 }
 
@@ -99,9 +115,9 @@ int main(int argumentCount, char **arguments) {
   KTREnsureSVNCoreInitialization();
   std::printf(
       "%s; warm cache\n\nThe scanner by itself; median (least–greatest) of %d, in turn\n\n"
-      "| files | directories | changed | scan, ms | by one thread, ms | svn status, ms | ratio to "
-      "svn status | "
-      "ratio to one thread | peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|---|\n",
+      "| files | directories | changed | scan, ms | by one thread, ms | in a worker, "
+      "ms | svn status, ms | ratio to svn status | ratio to one thread | worker to scan | "
+      "peak MiB | svn's |\n|---|---|---|---|---|---|---|---|---|---|---|---|\n",
       machineText().c_str(), runCount);
   return runBenchmark([&sizes] {
     for (const int size : sizes) {

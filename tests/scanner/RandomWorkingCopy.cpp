@@ -177,6 +177,7 @@ bool RandomWorkingCopy::run(const std::string &directory, std::vector<std::strin
   arguments.insert(arguments.begin(),
                    {"svn", "--non-interactive", "--config-dir", base_ + "/configuration"});
   const CommandResult result = runCommand(arguments, commandOptions(directory));
+  ++commandCount_;
   note(line + (result.status == 0 ? "" : " failed: " + result.errors));
   return result.status == 0;
 }

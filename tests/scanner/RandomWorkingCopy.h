@@ -28,6 +28,9 @@ class RandomWorkingCopy {
   // The output of `svn status` with these further arguments; throws if it fails.
   std::string status(const std::vector<std::string> &arguments = {}) const;
 
+  // How many Subversion commands have been run.
+  unsigned long commandCount() const { return commandCount_; }
+
   // All changes so far, for the report of a mismatch.
   const std::string &history() const { return history_; }
 
@@ -101,5 +104,6 @@ class RandomWorkingCopy {
   std::mt19937 random_;
   const Externals externals_;
   unsigned names_ = 0;
+  unsigned long commandCount_ = 0;
   std::string history_;
 };

@@ -1,14 +1,12 @@
 // What the extension costs while nothing happens. Not under sanitizers, which have an allocator of
 // their own.
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 
 #include "platform/FileURL.h"
+#include "tests/support/ProcessFigures.h"
 #include "tests/system/LiveFixture.h"
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 namespace {
@@ -17,32 +15,6 @@ namespace {
 // gives memory back.
 constexpr auto untilAllIsQuiet = 6s;
 
-// The sum of a field's values in a file of /proc such as "status".
-std::size_t sumOfField(const std::string &path, const std::string &field) {
-  std::size_t sum = 0;
-  std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) {
-    if (line.find(field + ":") != std::string::npos) {
-      sum += std::stoul(line.substr(line.find(':') + 1));
-    }
-  }
-  return sum;
-}
-
-// How often the threads of a process have been given the processor.
-std::size_t wakeUpsOfProcess(pid_t process) {
-  std::size_t count = 0;
-  for (const auto &thread : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-    count += sumOfField(thread.path() / "status", "ctxt_switches");
-  }
-  return count;
-}
-
-// What it has allocated and touched, in KiB.
-std::size_t ownMemoryOfProcess(pid_t process) {
-  return sumOfField("/proc/" + std::to_string(process) + "/smaps_rollup", "Anonymous");
-}
-
 class AtRest : public LiveFixture {
  protected:
   AtRest() {
@@ -50,7 +22,7 @@ class AtRest : public LiveFixture {
     wc.svn({"update"});
   }
 
-  std::size_t ownMemory() { return ownMemoryOfProcess(session.extensionProcess()); }
+  std::size_t ownMemory() { return figuresOfProcess(session.extensionProcess()).ownMemory; }
 };
 
 TEST_F(AtRest, TheExtensionDoesNotWakeUp) {

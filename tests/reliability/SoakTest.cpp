@@ -1,0 +1,207 @@
+// Ten working copies in which very much happens at full speed: what is shown is right whenever it
+// has become quiet, and what the extension has of the system's resources does not grow.
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <set>
+#include <vector>
+
+#include "platform/FileURL.h"
+#include "tests/scanner/RandomWorkingCopy.h"
+#include "tests/scanner/StatusOracle.h"
+#include "tests/support/BusClient.h"
+#include "tests/support/ExtensionSession.h"
+#include "tests/support/FileManagerClient.h"
+#include "tests/support/ProcessFigures.h"
+#include "tests/system/ShownItems.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t workingCopyCount = 10;
+
+// A hundredth of what "make check-long" does.
+constexpr unsigned long defaultEditCount = 1'000;
+constexpr unsigned long editsPerCommand = 20;
+constexpr unsigned long roundCount = 10;
+constexpr unsigned defaultSeed = 100;
+
+unsigned long numberFromEnvironment(const char *name, unsigned long otherwise) {
+  const char *const text = std::getenv(name);
+  return text == nullptr ? otherwise : std::strtoul(text, nullptr, 10);
+}
+
+// One of the working copies, with edits that need no Subversion command.
+class BusyWorkingCopy {
+ public:
+  explicit BusyWorkingCopy(unsigned seed) : workingCopy_(directory_, seed), random_(seed) {}
+
+  const std::string &path() const { return workingCopy_.path(); }
+  std::string status() const { return workingCopy_.status({"--xml"}); }
+  unsigned long commandCount() const { return workingCopy_.commandCount(); }
+  unsigned long editCount() const { return editCount_; }
+
+  // Where the Subversion configuration of all is that count for the extension, too.
+  std::string configuration() const { return directory_ / "configuration"; }
+
+  void runCommand() { random_() % 8 == 0 ? workingCopy_.rearrange() : workingCopy_.change(); }
+
+  // Writes, makes, renames and removes files that are there by chance; all in a folder that comes
+  // and goes with them, and some of the versioned ones.
+  void edit() {
+    const fs::path folder = path() + "/soak" + std::to_string(random_() % 3);
+    const fs::path file = folder / std::to_string(random_() % 40);
+    std::error_code ignored;
+    switch (random_() % 8) {
+      case 0:
+        fs::remove(file, ignored);
+        break;
+      case 1:
+        fs::rename(file, folder / std::to_string(random_() % 40), ignored);
+        break;
+      case 2:
+        if (random_() % 20 == 0) {
+          fs::remove_all(folder, ignored);
+        }
+        break;
+      default:
+        fs::create_directories(folder, ignored);
+        if (!fs::is_directory(file, ignored) && fs::is_directory(folder, ignored)) {
+          writeFile(file, std::to_string(random_() % 3));
+        }
+        break;
+    }
+    ++editCount_;
+  }
+
+ private:
+  const TemporaryDirectory directory_;
+  RandomWorkingCopy workingCopy_;
+  std::mt19937 random_;
+  unsigned long editCount_ = 0;
+};
+
+class Soak : public testing::Test {
+ protected:
+  Soak() {
+    for (unsigned i = 0; i < workingCopyCount; ++i) {
+      workingCopies_.push_back(std::make_unique<BusyWorkingCopy>(seed_ + i));
+    }
+    // All have the same contents.
+    fs::create_directories(session_.sharedPath());
+    fs::create_directory_symlink(workingCopies_.front()->configuration(),
+                                 session_.sharedPath("SubversionConfig"));
+    asker_.directoryURLs();  // starts the extension
+  }
+
+  void list(const char *command) {
+    std::vector<std::string> arguments = {command};
+    for (const auto &workingCopy : workingCopies_) {
+      arguments.push_back(workingCopy->path());
+    }
+    const CommandResult result = session_.halvern(arguments);
+    ASSERT_EQ(result.status, 0) << result.errors;
+    const std::size_t expected = std::string_view(command) == "add" ? workingCopyCount : 0;
+    ASSERT_TRUE(turnMainLoopUntil([&] { return asker_.directoryURLs().size() == expected; }));
+  }
+
+  // Without a pause, in turn.
+  void work(unsigned long editCount) {
+    for (unsigned long i = 0; i < editCount; ++i) {
+      BusyWorkingCopy &workingCopy = *workingCopies_[i / editsPerCommand % workingCopyCount];
+      workingCopy.edit();
+      if (i % editsPerCommand == 0) {
+        workingCopy.runCommand();
+      }
+    }
+  }
+
+  // Waits until all that is shown is right.
+  void compare() {
+    std::set<std::string> items;
+    BadgeByPath expected;
+    for (const auto &workingCopy : workingCopies_) {
+      items.merge(itemsOnDisk(workingCopy->path()));
+      for (const auto &[path, badge] :
+           badgesByStatusCommand(workingCopy->path(), workingCopy->status()).badges) {
+        items.insert(path);
+        expected.emplace(path, badge);
+      }
+    }
+    client_.show(items);
+    client_.waitUntil([&] { return client_.isSettled() && client_.badgeByPath() == expected; });
+    client_.catchUp();
+    ASSERT_EQ(differences(client_.badgeByPath(), expected), "") << "seed " << seed_;
+  }
+
+  // With no working copy listed and nothing shown, once what was used has been given back.
+  ProcessFigures figuresWithoutWorkingCopies() {
+    client_.show({});
+    list("remove");
+    constexpr gint64 untilAllIsQuiet = 8 * G_USEC_PER_SEC;
+    const gint64 end = g_get_monotonic_time() + untilAllIsQuiet;
+    turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; });
+    return figuresOfProcess(session_.extensionProcess());
+  }
+
+  std::set<std::string> filesOfSession() const {
+    std::set<std::string> files;
+    for (const char *directory : {"data", "configuration", "cache", "home", "runtime"}) {
+      if (fs::exists(session_ / directory)) {
+        for (const std::string &file : filesBelow(session_ / directory)) {
+          files.insert(std::string(directory) + "/" + file);
+        }
+      }
+    }
+    return files;
+  }
+
+  const unsigned seed_ = static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
+  std::vector<std::unique_ptr<BusyWorkingCopy>> workingCopies_;
+  const ExtensionSession session_;
+  BusClient asker_{session_.bus()};
+  FileManagerClient client_{session_.bus()};
+};
+
+}  // namespace
+
+TEST_F(Soak, NoBadgeIsWrongAndNothingGrows) {
+  const unsigned long editCount = numberFromEnvironment("HALVERN_SOAK_EDITS", defaultEditCount);
+  list("add");
+  work(editCount / roundCount);
+  compare();
+  const pid_t extension = session_.extensionProcess();
+  const ProcessFigures before = figuresWithoutWorkingCopies();
+  const std::set<std::string> filesBefore = filesOfSession();
+  list("add");
+  for (unsigned long round = 1; round < roundCount && !HasFatalFailure(); ++round) {
+    work(editCount / roundCount);
+    compare();
+  }
+  const ProcessFigures at = figuresOfProcess(session_.extensionProcess());
+  const ProcessFigures after = figuresWithoutWorkingCopies();
+  ASSERT_EQ(session_.extensionProcess(), extension);
+  EXPECT_EQ(after.threads, before.threads);
+  EXPECT_EQ(after.descriptors, before.descriptors);
+  EXPECT_EQ(after.watches, before.watches);
+  // What is kept of working copies that were listed may be larger by some badges.
+  constexpr std::size_t tolerance = 2048;  // KiB
+  EXPECT_LT(after.ownMemory, before.ownMemory + tolerance);
+  EXPECT_EQ(filesOfSession(), filesBefore);
+
+  unsigned long edits = 0;
+  unsigned long commands = 0;
+  for (const auto &workingCopy : workingCopies_) {
+    edits += workingCopy->editCount();
+    commands += workingCopy->commandCount();
+  }
+  std::cout << edits << " edits and " << commands << " Subversion commands (seed " << seed_
+            << "); at the end " << at.watches << " watches and " << at.ownMemory
+            << " KiB of memory; without working copies " << before.ownMemory << " KiB before, "
+            << after.ownMemory << " after; " << after.threads << " threads, " << after.descriptors
+            << " descriptors, " << after.watches << " watches before and after\n";
+}
