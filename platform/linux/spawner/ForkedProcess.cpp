@@ -1,5 +1,6 @@
 #include "platform/linux/spawner/ForkedProcess.h"
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <cstdlib>
@@ -10,6 +11,16 @@
 #include <unistd.h>
 
 namespace platform {
+
+namespace {
+
+int greatestFileCount() {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  return static_cast<int>(std::min<rlim_t>(limit.rlim_cur, INT_MAX));
+}
+
+}  // namespace
 
 void restoreSignals() {
   for (int number = 1; number < SIGRTMIN; ++number) {
@@ -32,11 +43,24 @@ void closeWhenAProgramIsRun(int firstFile) {
     return;
   }
   // A kernel before 5.11.
-  rlimit limit{};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  for (int file = firstFile; static_cast<rlim_t>(file) < limit.rlim_cur; ++file) {
+  for (int file = firstFile; file < greatestFileCount(); ++file) {
     fcntl(file, F_SETFD, FD_CLOEXEC);
   }
+}
+
+int keepOnly(int file) {
+  constexpr int kept = STDERR_FILENO + 1;
+  if (file != kept) {
+    dup2(file, kept);
+  }
+  fcntl(kept, F_SETFD, FD_CLOEXEC);
+  if (close_range(kept + 1, UINT_MAX, 0) != 0) {
+    // A kernel before 5.9.
+    for (int other = kept + 1; other < greatestFileCount(); ++other) {
+      close(other);
+    }
+  }
+  return kept;
 }
 
 }  // namespace platform

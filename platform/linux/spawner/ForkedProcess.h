@@ -16,4 +16,7 @@ void endWithParent(pid_t parent);
 // started the extension left open.
 void closeWhenAProgramIsRun(int firstFile);
 
+// Closes all open files but the standard ones and that one, which gets another number: the answer.
+int keepOnly(int file);
+
 }  // namespace platform

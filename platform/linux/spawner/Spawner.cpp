@@ -16,7 +16,6 @@
 #include <glib.h>
 
 #include "platform/linux/Patience.h"
-#include "platform/linux/spawner/Messages.h"
 #include "platform/linux/spawner/SpawnerProcess.h"
 
 namespace platform {
@@ -56,10 +55,10 @@ bool becomesReadable(int file, std::chrono::steady_clock::time_point deadline) {
 
 }  // namespace
 
-Spawner::Programs Spawner::programsBesideThisOne() {
+Spawner::Programs Spawner::programsBesideThisOne(const std::string &launchOption) {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-  return {program.parent_path() / "halvern-status-worker"};
+  return {program.parent_path() / "halvern-status-worker", {program, launchOption}};
 }
 
 Result<Spawner> Spawner::start(const Programs &programs) {
@@ -98,40 +97,69 @@ Spawner::~Spawner() {
   }
 }
 
+bool Spawner::hasEnded() const {
+  return becomesReadable(socket_, std::chrono::steady_clock::now());
+}
+
+Result<Spawner::Answer> Spawner::ask(const std::string &word, const std::vector<std::string> &texts,
+                                     const std::vector<int> &files) const {
+  using Failure = Result<Answer>;
+  const auto deadline = std::chrono::steady_clock::now() + systemCallPatience;
+  Result<MessageSockets> sockets = makeMessageSockets();
+  if (!sockets) {
+    return Failure::failure(sockets.reason());
+  }
+  auto &[ours, theirs] = *sockets;
+  std::vector<int> all = {theirs};
+  all.insert(all.end(), files.begin(), files.end());
+  const Outcome sent = sendMessage(socket_, word, texts, all);
+  if (!sent) {
+    return Failure::failure(sent.reason());
+  }
+  close(theirs.release());
+  if (!becomesReadable(ours, deadline)) {
+    return Failure::failure(g_strerror(ETIMEDOUT));
+  }
+  Answer answer{};
+  answer.reception = receiveMessage(ours, answer.message);
+  return answer;
+}
+
 Result<StartedWorker> Spawner::startWorker() const {
   using Failure = Result<StartedWorker>;
   Result<Pipe> requests = makePipe();
   Result<Pipe> reports = makePipe();
   Result<Pipe> life = makePipe();
-  Result<MessageSockets> answer = makeMessageSockets();
-  if (!requests || !reports || !life || !answer) {
+  if (!requests || !reports || !life) {
     return Failure::failure("There are no more open files to be had");
   }
-  const Outcome sent =
-      sendMessage(socket_, spawnerWords.startWorker, {},
-                  {(*answer).other, (*requests).readEnd, (*reports).writeEnd, (*life).readEnd});
-  if (!sent) {
-    return Failure::failure(sent.reason());
+  // The answer ends without a word when the program runs, because that closes what it inherits.
+  const Result<Answer> answer = ask(spawnerWords.startWorker, {},
+                                    {(*requests).readEnd, (*reports).writeEnd, (*life).readEnd});
+  if (!answer) {
+    return Failure::failure(answer.reason());
   }
-  // The answer ends without a word when the program runs, because it closes what it inherits.
-  close((*answer).other.release());
-  if (!becomesReadable((*answer).one, std::chrono::steady_clock::now() + systemCallPatience)) {
-    return Failure::failure(g_strerror(ETIMEDOUT));
+  if (answer->reception != Reception::end) {
+    return Failure::failure(answer->message.texts.empty() ? g_strerror(EPROTO)
+                                                          : answer->message.texts.front());
   }
-  Message message;
-  switch (receiveMessage((*answer).one, message)) {
-    case Reception::message:
-      return Failure::failure(message.texts.empty() ? message.word : message.texts.front());
-    case Reception::nothingOfOurs:
-      return Failure::failure(g_strerror(EPROTO));
-    case Reception::end:
-      if (becomesReadable(socket_, std::chrono::steady_clock::now())) {
-        return Failure::failure("The spawner has ended");
-      }
-      return StartedWorker{std::move((*requests).writeEnd), std::move((*reports).readEnd),
-                           std::move((*life).writeEnd)};
+  if (hasEnded()) {
+    return Failure::failure("The spawner has ended");
   }
-  return Failure::failure(g_strerror(EPROTO));
+  return StartedWorker{std::move((*requests).writeEnd), std::move((*reports).readEnd),
+                       std::move((*life).writeEnd)};
+}
+
+std::optional<std::string> Spawner::pathOfDesktopEntry(const std::string &name) const {
+  const Result<Answer> answer = ask(spawnerWords.findApplication, {name}, {});
+  if (!answer || answer->reception != Reception::message || answer->message.texts.size() != 1) {
+    return std::nullopt;
+  }
+  return answer->message.texts.front();
+}
+
+void Spawner::launch(const ApplicationLaunch &launch) const {
+  ask(spawnerWords.launch, argumentsOfLaunch(launch), {});
 }
 
 }  // namespace platform

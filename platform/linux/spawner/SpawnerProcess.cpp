@@ -14,6 +14,7 @@
 
 #include <glib.h>
 
+#include "platform/linux/spawner/DesktopRequests.h"
 #include "platform/linux/spawner/Messages.h"
 #include "platform/linux/spawner/WorkerStart.h"
 
@@ -92,6 +93,24 @@ class SpawnerProcess {
   void answer(Message &message) {
     if (message.word == spawnerWords.startWorker && message.files.size() == 4) {
       startWorker(message);
+    } else if (message.word == spawnerWords.findApplication && message.texts.size() == 1 &&
+               message.files.size() == 1) {
+      inProcessOfItsOwn([&] { findApplication(message.texts[0], message.files[0]); });
+    } else if (message.word == spawnerWords.launch && message.texts.size() >= 2 &&
+               message.files.size() == 1) {
+      inProcessOfItsOwn([&] {
+        carryOutLaunch(
+            {message.texts[0], message.texts[1], {message.texts.begin() + 2, message.texts.end()}},
+            programs_.launcher, message.files[0]);
+      });
+    }
+  }
+
+  // Nobody waits for it: what was asked is not answered if there is no process to be had.
+  template <typename Work>
+  static void inProcessOfItsOwn(const Work &work) {
+    if (fork() == 0) {
+      work();
     }
   }
 

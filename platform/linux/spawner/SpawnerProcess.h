@@ -6,12 +6,17 @@
 
 namespace platform {
 
-// What it can be asked for. The first open file of each message is where the answer goes.
+// What it can be asked for. The first open file of each request is where the
+// answer goes, and is closed by the spawner at the end of what was asked for.
 struct SpawnerWords {
-  const char *startWorker;
-  const char *failed;
+  const char *startWorker;  // files: requests, reports, life; answered with `failed` or not at all
+  const char *findApplication;  // texts: the entry's name; answered with `found` or not at all
+  const char *launch;           // texts: those of `argumentsOfLaunch`; not answered
+  const char *failed;           // texts: the reason
+  const char *found;            // texts: the path
 };
-constexpr SpawnerWords spawnerWords{"start-worker", "failed"};
+constexpr SpawnerWords spawnerWords{"start-worker", "find-application", "launch", "failed",
+                                    "found"};
 
 // Does what it is asked for until nobody can ask any more, and ends the process. It never waits for
 // anything else: what might take long is done by a process of its own. All signals must be blocked.

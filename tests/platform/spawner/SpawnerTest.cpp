@@ -33,9 +33,9 @@ namespace {
 
 constexpr int patience = 30'000;  // milliseconds; only a broken spawner takes them
 
-bool isReadable(int file, int milliseconds = patience) {
+bool isReadable(int file) {
   pollfd readable{file, POLLIN, 0};
-  return poll(&readable, 1, milliseconds) == 1;
+  return poll(&readable, 1, patience) == 1;
 }
 
 // What is read until the line or the file ends.
@@ -274,9 +274,10 @@ TEST_F(SpawnerTest, ItsEndIsSeenAndEndsTheWorkersAndFailsWhatIsAskedLater) {
   const LaunchedPrograms orphans;  // come to this process
   const Spawner spawner = start();
   const StartedWorker worker = startWorker(spawner);
-  EXPECT_FALSE(isReadable(spawner.endDescriptor(), 0));
+  EXPECT_FALSE(spawner.hasEnded());
   ASSERT_EQ(kill(spawner.process(), SIGKILL), 0);
   EXPECT_TRUE(isReadable(spawner.endDescriptor()));
+  EXPECT_TRUE(spawner.hasEnded());
   EXPECT_TRUE(isAtEnd(worker.reports));
   EXPECT_FALSE(spawner.startWorker());
 }
