@@ -1,6 +1,7 @@
 // Which application a command is handed to; without one nothing is written.
 #include <gmock/gmock.h>
 #include <optional>
+#include <sys/stat.h>
 
 #include "tests/system/CommandFixture.h"
 
@@ -71,6 +72,21 @@ TEST_F(CommandApplication, AnEntryOfAProgramThatIsNotInstalledIsNone) {
 TEST_F(CommandApplication, AnEntryThatCannotBeReadIsNone) {
   writeFile(session / "data/applications/com.morvane.v3.desktop", "no entry");
   expectNothingHappens();
+}
+
+TEST_F(CommandApplication, AnEntryThatNeverOpensIsNoneAndHoldsUpNothingElse) {
+  const std::filesystem::path entry = session / "data/applications/com.morvane.v3.desktop";
+  std::filesystem::create_directories(entry.parent_path());
+  ASSERT_EQ(mkfifo(entry.c_str(), 0600), 0);
+  start();
+  EXPECT_EQ(perform("updateItems:", {"file:///wc/a"}), "") << "after five seconds";
+  EXPECT_THAT(commandNames(), IsEmpty());
+  EXPECT_THAT(client.directoryURLs(), IsEmpty()) << "it answers";
+  std::filesystem::remove(entry);
+  installApplication();
+  EXPECT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  EXPECT_THAT(commandNames(), SizeIs(1));
+  EXPECT_THAT(launchedURL(), StartsWith("halvern://finder-sync-command?id="));
 }
 
 TEST_F(CommandApplication, AnApplicationThatIsInstalledLaterIsFound) {

@@ -1,11 +1,13 @@
 // What is launched for a command belongs to the session and not to the extension.
 #include <csignal>
 #include <gmock/gmock.h>
+#include <optional>
 #include <unistd.h>
 
 #include "tests/support/ServiceStandIn.h"
 #include "tests/system/CommandFixture.h"
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -14,11 +16,25 @@ using ::testing::Key;
 using ::testing::Not;
 using ::testing::Pair;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 namespace {
 
 const std::vector<std::string> otherActions = {
     "updateItems:", "commitItems:", "addItems:", "ignoreItems:", "revertItems:"};
+
+// The members of Manager that matter here.
+ServiceStandIn::Description serviceManager() {
+  return {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+          R"xml(<node><interface name="org.freedesktop.systemd1.Manager">
+               <method name="StartTransientUnit">
+                 <arg type="s" direction="in"/><arg type="s" direction="in"/>
+                 <arg type="a(sv)" direction="in"/><arg type="a(sa(sv))" direction="in"/>
+                 <arg type="o" direction="out"/>
+               </method>
+             </interface></node>)xml",
+          "(objectpath '/job',)"};
+}
 
 class CommandLaunch : public CommandFixture {
  protected:
@@ -39,19 +55,6 @@ class CommandLaunch : public CommandFixture {
     ASSERT_GT(process, 0);
     ASSERT_EQ(kill(process, signal), 0);
     ASSERT_TRUE(turnMainLoopUntil([&] { return !LaunchedProgram(process).isRunning(); }));
-  }
-
-  // The members of Manager that matter here.
-  static ServiceStandIn::Description serviceManager() {
-    return {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
-            R"xml(<node><interface name="org.freedesktop.systemd1.Manager">
-                 <method name="StartTransientUnit">
-                   <arg type="s" direction="in"/><arg type="s" direction="in"/>
-                   <arg type="a(sv)" direction="in"/><arg type="a(sa(sv))" direction="in"/>
-                   <arg type="o" direction="out"/>
-                 </method>
-               </interface></node>)xml",
-            "(objectpath '/job',)"};
   }
 };
 
@@ -146,14 +149,89 @@ TEST_F(CommandLaunch, AnEntryThatAsksToBeToldOfTheStartIsGivenNoMore) {
   expectNoToken();
 }
 
-TEST_F(CommandLaunch, AServiceManagerIsAskedToTakeTheProgramIntoAScope) {
+TEST_F(CommandLaunch, AServiceManagerIsAskedToDoItSoThatNoUnitsRestrictionsAreInherited) {
+  const ServiceStandIn manager(session.bus(), serviceManager());
+  ASSERT_EQ(performWithToken("showInHalvern:", "the token"), "");
+  EXPECT_THAT(launched.processes(), IsEmpty());
+  const std::vector<std::string> calls = manager.waitForCalls(1);
+  ASSERT_THAT(calls, SizeIs(1));
+  const std::string program = ExtensionSession::extensionProgram();
+  const std::string entry = session / "data/applications/com.morvane.v3.desktop";
+  const std::string url = "halvern://finder-sync-command?id=" + commandNames().at(0).substr(0, 36);
+  EXPECT_THAT(
+      calls[0],
+      AllOf(StartsWith("StartTransientUnit('app-halvern-com.morvane.v3@"),
+            HasSubstr(".service', 'fail', ["), HasSubstr("('ExitType', <'cgroup'>)"),
+            HasSubstr("('CollectMode', <'inactive-or-failed'>)"),
+            HasSubstr("('ExecStartEx', <[('" + program + "', ['" + program + "', '--launch', '" +
+                      entry + "', 'the token', '" + url + "'], ['no-env-expand'])]>)"),
+            HasSubstr("'HOME=" + session / "home" + "'"),
+            HasSubstr("'DBUS_SESSION_BUS_ADDRESS=" + session.bus().address() + "'")));
+  EXPECT_THAT(calls[0], Not(HasSubstr("DBUS_STARTER_ADDRESS")));
+}
+
+TEST_F(CommandLaunch, TheProgramIsAChildOfNobodyElseWhereTheServiceManagerRefuses) {
+  const ServiceStandIn manager(session.bus(), serviceManager(), ServiceStandIn::OnCall::refuses);
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  EXPECT_THAT(launched.only().arguments(), SizeIs(2));
+  EXPECT_THAT(manager.calls(), SizeIs(1));
+}
+
+// What the service manager is asked to run.
+TEST_F(CommandLaunch, TheLauncherOfTheServiceManagerLaunchesAndEnds) {
+  CommandOptions options = session.environment();
+  options.environment["INVOCATION_ID"] = "of the unit";
+  // The program that is launched keeps its output open.
+  const CommandResult result =
+      runCommand({"sh", "-c", "\"$0\" \"$@\" > /dev/null 2>&1",
+                  ExtensionSession::extensionProgram(), "--launch",
+                  session / "data/applications/com.morvane.v3.desktop", "the token", "halvern://x"},
+                 options);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(launched.only().arguments(),
+              ElementsAre(LaunchedPrograms::standInProgram(), "halvern://x"));
+  const auto environment = launched.only().environment();
+  EXPECT_THAT(environment, Contains(Pair("XDG_ACTIVATION_TOKEN", "the token")));
+  EXPECT_THAT(environment, Not(Contains(Key("INVOCATION_ID"))));
+  EXPECT_THAT(environment, Not(Contains(Key("GIO_MODULE_DIR"))));
+}
+
+// In which a service file could not start it.
+class CommandLaunchInAnOddEnvironment : public CommandFixture {
+ protected:
+  CommandLaunchInAnOddEnvironment() : CommandFixture({.isActivatable = false}) {
+    CommandOptions options = session.environment();
+    options.environment.insert({{"NOT A NAME", "x"},
+                                {"BASH_FUNC_a%%", "() { :; }"},
+                                {"BYTES", "\xFF"},
+                                {"_lines1", "one $HOME %h\ttwo"}});
+    extension.emplace(std::vector<std::string>{ExtensionSession::extensionProgram()}, options);
+    EXPECT_TRUE(
+        turnMainLoopUntil([this] { return client.ownsName(extension->processIdentifier()); }));
+    installApplication();
+    start();
+  }
+
+  std::optional<StartedCommand> extension;
+};
+
+TEST_F(CommandLaunchInAnOddEnvironment, TheServiceManagerIsToldOnlyWhatItTakes) {
   const ServiceStandIn manager(session.bus(), serviceManager());
   ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
-  const std::string process = std::to_string(launched.only().process());
-  EXPECT_THAT(manager.waitForCalls(1),
-              ElementsAre("StartTransientUnit('app-halvern-com.morvane.v3-" + process +
-                          ".scope', 'fail', [('PIDs', <[uint32 " + process +
-                          "]>), ('CollectMode', <'inactive-or-failed'>)], [])"));
+  const std::vector<std::string> calls = manager.waitForCalls(1);
+  ASSERT_THAT(calls, SizeIs(1));
+  EXPECT_THAT(calls[0], HasSubstr("'_lines1=one $HOME %h\\ttwo'"));
+  for (const char *name : {"NOT A NAME", "BASH_FUNC", "BYTES"}) {
+    EXPECT_THAT(calls[0], Not(HasSubstr(name)));
+  }
+}
+
+TEST_F(CommandLaunchInAnOddEnvironment, AllOfItReachesAProgramThatIsAChild) {
+  ASSERT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  const auto environment = launched.only().environment();
+  EXPECT_THAT(environment, AllOf(Contains(Pair("NOT A NAME", "x")), Contains(Pair("BYTES", "\xFF")),
+                                 Contains(Pair("BASH_FUNC_a%%", "() { :; }")),
+                                 Contains(Pair("_lines1", "one $HOME %h\ttwo"))));
 }
 
 class CommandLaunchOfAnActivatedExtension : public CommandLaunch {

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/LaunchContext.h"
 
+#include <algorithm>
 #include <array>
 
 namespace platform {
@@ -35,9 +36,21 @@ GType launchContextType() {
 
 }  // namespace
 
-ObjectHandle<GAppLaunchContext> makeLaunchContext(const std::string &activationToken) {
+bool isOfOneProcess(const std::string &variable) {
+  return std::find(ownVariables.begin(), ownVariables.end(), variable) != ownVariables.end();
+}
+
+ObjectHandle<GAppLaunchContext> makeLaunchContext(const Variables &variables,
+                                                  const std::string &activationToken) {
   ObjectHandle<GAppLaunchContext> context(
       static_cast<GAppLaunchContext *>(g_object_new(launchContextType(), nullptr)));
+  for (const auto &[name, value] : variables) {
+    if (value) {
+      g_app_launch_context_setenv(context.get(), name.c_str(), value->c_str());
+    } else {
+      g_app_launch_context_unsetenv(context.get(), name.c_str());
+    }
+  }
   for (const char *name : ownVariables) {
     g_app_launch_context_unsetenv(context.get(), name);
   }

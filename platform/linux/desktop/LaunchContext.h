@@ -4,11 +4,17 @@
 #include <string>
 
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/confinement/QuietEnvironment.h"
 
 namespace platform {
 
-// Hands the activation token to the application, and nothing that was meant for this process alone.
-// Empty: the application is given none.
-ObjectHandle<GAppLaunchContext> makeLaunchContext(const std::string &activationToken);
+// Whether the variable tells the process about its own start by the bus or the service manager, and
+// nothing to the programs that it launches.
+bool isOfOneProcess(const std::string &variable);
+
+// Hands on the environment with `variables` changed in it, and the activation token: empty, the
+// application is given none.
+ObjectHandle<GAppLaunchContext> makeLaunchContext(const Variables &variables,
+                                                  const std::string &activationToken);
 
 }  // namespace platform

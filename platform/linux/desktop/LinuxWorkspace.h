@@ -1,11 +1,12 @@
-// Other applications on Linux: desktop entries, found and launched through GIO. On the main thread.
+// Other applications on Linux: desktop entries, found and launched by the spawner. On the main
+// thread.
 #pragma once
 
 #include <functional>
 #include <string>
 
 #include "platform/Workspace.h"
-#include "platform/linux/GLibHandles.h"
+#include "platform/linux/spawner/Spawner.h"
 
 namespace platform {
 
@@ -15,21 +16,22 @@ class LinuxWorkspace final : public Workspace {
   // that is dealt with at the moment; empty for none.
   using ActivationToken = std::function<std::string()>;
 
-  // `connection` is that to the session bus.
-  LinuxWorkspace(GDBusConnection *connection, ActivationToken activationToken);
+  // `spawner` must outlive this.
+  LinuxWorkspace(const Spawner &spawner, ActivationToken activationToken);
 
-  // The desktop entry of that name.
+  // The desktop entry of that name. None also if it takes longer than 5 s to find out.
   std::optional<FileURL> urlForApplicationWithBundleIdentifier(
       const std::string &bundleIdentifier) override;
 
   // An application URL that is no desktop entry stands for the one of the containing application.
   // What is launched belongs to the session and not to this process: neither the end of this
-  // process nor a signal to its group or its unit ends it.
+  // process nor a signal to its group or its unit ends it, and nothing that restricts this process
+  // restricts it. Waits until it is on its way, 5 s at the most.
   void openURLs(const std::vector<std::string> &urls, const FileURL &applicationURL,
                 bool activates) override;
 
  private:
-  const ObjectHandle<GDBusConnection> connection_;
+  const Spawner &spawner_;
   const ActivationToken activationToken_;
 };
 

@@ -40,9 +40,10 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
 }
 
 struct LinuxServices {
-  LinuxServices(GDBusConnection *connection, FinderSyncService &service)
+  LinuxServices(GDBusConnection *connection, FinderSyncService &service,
+                const platform::Spawner &spawner)
       : notificationCenter(connection, queues.mainQueue()),
-        workspace(connection, [&service] { return service.activationToken(); }),
+        workspace(spawner, [&service] { return service.activationToken(); }),
         services{clock,       queues,     paths,
                  fileManager, files,      userDefaults,
                  bookmarks,   drawing,    notificationCenter,
@@ -73,8 +74,9 @@ LinuxServices *started = nullptr;
 
 }  // namespace
 
-void startProcessServices(GDBusConnection *connection, FinderSyncService &service) {
-  started = new LinuxServices(connection, service);  // NOLINT: see above
+void startProcessServices(GDBusConnection *connection, FinderSyncService &service,
+                          const platform::Spawner &spawner) {
+  started = new LinuxServices(connection, service, spawner);  // NOLINT: see above
 }
 
 platform::Services &platform::processServices() {

@@ -3,14 +3,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <unistd.h>
 
 #include <glib-unix.h>
 
 #include "extension/KTRFinderSync.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/StandardStreams.h"
+#include "platform/linux/desktop/ApplicationLaunch.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
+#include "platform/linux/spawner/Spawner.h"
 
 namespace {
 
@@ -20,6 +23,16 @@ constexpr int exitUsage = 2;
 int fail(const std::string &message) {
   std::fprintf(stderr, "halvern-finder-sync: %s\n", message.c_str());
   return exitFailed;
+}
+
+// Not for people: a service manager runs this process with it instead of the extension, to launch
+// an application. Behind it come the desktop entry, the activation token and the URLs.
+constexpr const char *launchOption = "--launch";
+
+int launch(const platform::ApplicationLaunch &launch) {
+  alarm(platform::launchPatience);
+  platform::launchApplication(launch, platform::makeEnvironmentQuiet(), [] {});
+  std::_Exit(EXIT_SUCCESS);
 }
 
 int printUsage(std::FILE *stream) {
@@ -37,7 +50,8 @@ gboolean quitLoop(gpointer loop) {
   return G_SOURCE_REMOVE;
 }
 
-int run() {
+// `spawner` has been started while this process could still fork it.
+int run(const platform::Spawner &spawner) {
   using namespace platform;
 
   ErrorHandle error;
@@ -54,6 +68,10 @@ int run() {
     g_unix_signal_add(signal, quitLoop, loop.get());
   }
   g_signal_connect_swapped(connection.get(), "closed", G_CALLBACK(quitLoop), loop.get());
+  // Without its spawner it could not do all that it is asked for. The bus starts another.
+  const GUnixFDSourceFunc spawnerEnded = [](int /*descriptor*/, GIOCondition /*condition*/,
+                                            gpointer data) { return quitLoop(data); };
+  g_unix_fd_add(spawner.endDescriptor(), G_IO_IN, spawnerEnded, loop.get());
 
   // The order matters: whoever sees the name owned gets an answer, because the object is there
   // before the name and nothing is answered before the principal object is; and a second process
@@ -71,14 +89,15 @@ int run() {
     case FinderSyncService::NameRequest::failed:
       return fail("The bus name cannot be had: " + reason);
   }
-  startProcessServices(connection.get(), service);
+  startProcessServices(connection.get(), service, spawner);
   KTRFinderSync finderSync(processServices());
   service.setPrincipalObject(finderSync);
 
   g_main_loop_run(loop.get());
 
   g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr);
-  return EXIT_SUCCESS;
+  return spawner.hasEnded() ? fail("The process that starts programs for it has ended")
+                            : EXIT_SUCCESS;
 }
 
 }  // namespace
@@ -94,9 +113,18 @@ int main(int argumentCount, char **arguments) {
       std::puts("halvern-finder-sync " HALVERN_VERSION);
       return EXIT_SUCCESS;
     }
+    if (argumentCount >= 4 && argument == launchOption) {
+      return launch({arguments[2], arguments[3], {arguments + 4, arguments + argumentCount}});
+    }
     return printUsage(stderr);
   }
-  const int status = run();
+  using platform::Spawner;
+  const platform::Result<Spawner> spawner =
+      Spawner::start(Spawner::programsBesideThisOne(launchOption));
+  if (!spawner) {
+    return fail("No process can be had that launches applications: " + spawner.reason());
+  }
+  const int status = run(*spawner);
   // A scan may be running on its queue. It only reads, so the process does not wait for it, and
   // destroys nothing beneath it.
   std::fflush(nullptr);

@@ -1,0 +1,22 @@
+// What every process that the spawner forks does first.
+#pragma once
+
+#include <sys/types.h>
+
+namespace platform {
+
+// The spawner heeds no signal; what it starts does, as a new program expects.
+void restoreSignals();
+
+// Has this process killed when its parent ends, and ends it if that has happened already. `parent`
+// is the one that forked it.
+void endWithParent(pid_t parent);
+
+// Has the open files from that number on closed when a program is run, also those that whoever
+// started the extension left open.
+void closeWhenAProgramIsRun(int firstFile);
+
+// Closes all open files but the standard ones and that one, which gets another number: the answer.
+int keepOnly(int file);
+
+}  // namespace platform
