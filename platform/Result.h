@@ -21,9 +21,10 @@ class Result {
 
   explicit operator bool() const { return value_.has_value(); }
 
-  // The three accessors require success.
+  // The four accessors require success.
   T &operator*() { return *value_; }
   const T &operator*() const { return *value_; }
+  T *operator->() { return &*value_; }
   const T *operator->() const { return &*value_; }
 
   // Why it failed; empty on success. Names no path, so that it may be logged as public data.

@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <map>
 #include <random>
 
+#include "tests/scanner/ForeignDatabase.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
 
@@ -30,12 +32,82 @@ std::size_t occurrences(const std::string &text, const std::string &part) {
   return count;
 }
 
-// Damages bytes as disks, crashes and people do.
+// Damages bytes as disks and crashes do, and contents as programs do.
 class Damage {
  public:
   explicit Damage(unsigned long seed) : random_(seed) {}
 
-  std::string of(std::string bytes) {
+  // Of a database that consists of `original`, in place.
+  void apply(const WorkingCopy &wc, const std::string &original) {
+    const std::string database = wc / ".svn/wc.db";
+    if (below(2) == 0) {
+      writeFile(database, ofBytes(original));
+    } else {
+      writeFile(database, original);
+      for (std::size_t left = 1 + below(3); left > 0; --left) {
+        damageContents(wc);
+      }
+    }
+  }
+
+ private:
+  // A value that is valid SQL and nothing that Subversion writes there.
+  void damageContents(const WorkingCopy &wc) {
+    static const std::map<std::string, std::vector<std::string>> columns = {
+        {"NODES",
+         {"local_relpath", "op_depth", "parent_relpath", "repos_id", "repos_path", "revision",
+          "presence", "moved_here", "moved_to", "kind", "properties", "depth", "checksum",
+          "symlink_target", "changed_revision", "translated_size", "last_mod_time"}},
+        {"REPOSITORY", {"root", "uuid"}},
+        {"WCROOT", {"local_abspath"}},
+        {"PRISTINE", {"checksum", "size", "refcount"}},
+        {"LOCK", {"repos_relpath", "lock_token", "lock_owner"}},
+        {"ACTUAL_NODE", {"local_relpath", "parent_relpath", "properties", "conflict_data"}},
+        {"EXTERNALS", {"local_relpath", "parent_relpath", "presence", "kind"}}};
+    static const std::vector<std::string> values = {
+        "NULL",
+        "''",
+        "0",
+        "-1",
+        "9223372036854775807",
+        "'..'",
+        "'../wc'",
+        "'/'",
+        "'a//b'",
+        "'a/'",
+        "'.'",
+        "x'ff'",
+        "'(('",
+        "'(9 x)'",
+        "'normal'",
+        "'base-deleted'",
+        "'unknown'",
+        "'symlink'",
+        "'$sha1$0000000000000000000000000000000000000000'",
+        "'$md5 $'",
+        "'a/changed'"};
+    const auto &[table, names] = *std::next(columns.begin(), static_cast<long>(below(7)));
+    const std::string &column = names[below(names.size())];
+    const std::string row = std::to_string(below(24));
+    const ForeignDatabase contents(wc.path());
+    contents.execute("PRAGMA ignore_check_constraints = 1");
+    if (table == "EXTERNALS" || table == "ACTUAL_NODE") {  // which have no rows of their own
+      contents.execute(
+          "INSERT OR IGNORE INTO EXTERNALS (wc_id, local_relpath, parent_relpath, "
+          "repos_id, presence, kind, def_local_relpath, def_repos_relpath) VALUES (1, "
+          "'a/external', 'a', 1, 'normal', 'dir', '', ''); INSERT OR IGNORE INTO "
+          "ACTUAL_NODE (wc_id, local_relpath, parent_relpath) VALUES (1, 'a/clean', 'a')");
+    }
+    try {
+      contents.execute("UPDATE OR IGNORE " + table + " SET " + column + " = " +
+                       values[below(values.size())] + " WHERE rowid = (SELECT rowid FROM " + table +
+                       " LIMIT 1 OFFSET " + row + " % (SELECT COUNT(*) FROM " + table + "))");
+    } catch (const std::exception &) {
+      // SQLite itself refuses what the schema does not bear.
+    }
+  }
+
+  std::string ofBytes(std::string bytes) {
     switch (below(8)) {
       case 0:  // one byte
         bytes[below(bytes.size())] = anyByte();
@@ -71,7 +143,6 @@ class Damage {
     return bytes;
   }
 
- private:
   static constexpr std::size_t pageSize = 1024;  // a divisor of what SQLite has
 
   std::size_t below(std::size_t bound) { return random_() % bound; }
@@ -142,7 +213,7 @@ TEST_F(CorruptDatabase, CostsNothingBeyondItsWorkingCopy) {
 
   Damage damage(seed);
   for (unsigned long i = 0; i < count; ++i) {
-    writeFile(database, damage.of(original));
+    damage.apply(damaged, original);
     const BusClient::Badges badges = badgesOfBoth();
     ASSERT_EQ(badges.size(), 2U) << "seed " << seed << ", corruption " << i;
     ASSERT_EQ(badges[1], expected[1]) << "seed " << seed << ", corruption " << i;

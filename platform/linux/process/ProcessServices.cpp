@@ -17,6 +17,7 @@
 #include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
 #include "platform/linux/process/BadgeIcons.h"
+#include "platform/linux/worker/WorkerScanner.h"
 
 namespace {
 
@@ -39,11 +40,35 @@ platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
   return files;
 }
 
+// A status worker that the spawner has started.
+class SpawnedWorker final : public WorkerProcess {
+ public:
+  explicit SpawnedWorker(platform::StartedWorker worker)
+      : life_(std::move(worker.life)), socket_(std::move(worker.socket)) {}
+
+  const MessageSocket &socket() const override { return socket_; }
+
+ private:
+  const platform::FileDescriptor life_;
+  const MessageSocket socket_;
+};
+
+StartWorker startsWorkerWith(const platform::Spawner &spawner) {
+  return [&spawner]() -> platform::Result<std::unique_ptr<WorkerProcess>> {
+    platform::Result<platform::StartedWorker> worker = spawner.startWorker();
+    if (!worker) {
+      return platform::Result<std::unique_ptr<WorkerProcess>>::failure(worker.reason());
+    }
+    return std::unique_ptr<WorkerProcess>(std::make_unique<SpawnedWorker>(std::move(*worker)));
+  };
+}
+
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, FinderSyncService &service,
                 const platform::Spawner &spawner)
       : notificationCenter(connection, queues.mainQueue()),
         workspace(spawner, [&service] { return service.activationToken(); }),
+        scanner(startsWorkerWith(spawner)),
         services{clock,       queues,     paths,
                  fileManager, files,      userDefaults,
                  bookmarks,   drawing,    notificationCenter,
@@ -66,11 +91,19 @@ struct LinuxServices {
   platform::LinuxBundle bundle{HALVERN_LOCALE_PATH};
   platform::LinuxUUIDs uuids;
   platform::LinuxWorkspace workspace;
+  WorkerScanner scanner;
   platform::Services services;
 };
 
 // Lives as long as the process, like all that refers to it.
 LinuxServices *started = nullptr;
+
+LinuxServices &startedServices() {
+  if (started == nullptr) {
+    g_error("The process's services have not been started");
+  }
+  return *started;
+}
 
 }  // namespace
 
@@ -80,8 +113,12 @@ void startProcessServices(GDBusConnection *connection, FinderSyncService &servic
 }
 
 platform::Services &platform::processServices() {
-  if (started == nullptr) {
-    g_error("The process's services have not been started");
-  }
-  return started->services;
+  return startedServices().services;
+}
+
+// Scans are the status worker's here.
+svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
+    const std::string &targetPath, const std::optional<std::string> &configDir,
+    KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock) {
+  return startedServices().scanner.scan(targetPath, configDir, options, entryBlock);
 }

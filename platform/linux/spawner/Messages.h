@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/Packets.h"
 
 namespace platform {
 
@@ -17,13 +17,6 @@ struct Message {
   std::vector<std::string> texts;  // any bytes but null
   std::vector<FileDescriptor> files;
 };
-
-// The two ends of a new socket for messages, closed when another program is run.
-struct MessageSockets {
-  FileDescriptor one;
-  FileDescriptor other;
-};
-Result<MessageSockets> makeMessageSockets();
 
 // Sends one message with copies of the open files. Waits while the receiver is behind, unless the
 // socket has a limit of its own.

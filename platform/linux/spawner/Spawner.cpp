@@ -62,7 +62,7 @@ Spawner::Programs Spawner::programsBesideThisOne(const std::string &launchOption
 }
 
 Result<Spawner> Spawner::start(const Programs &programs) {
-  Result<MessageSockets> sockets = makeMessageSockets();
+  Result<PacketSockets> sockets = makePacketSockets();
   if (!sockets) {
     return Result<Spawner>::failure(sockets.reason());
   }
@@ -105,7 +105,7 @@ Result<Spawner::Answer> Spawner::ask(const std::string &word, const std::vector<
                                      const std::vector<int> &files) const {
   using Failure = Result<Answer>;
   const auto deadline = std::chrono::steady_clock::now() + systemCallPatience;
-  Result<MessageSockets> sockets = makeMessageSockets();
+  Result<PacketSockets> sockets = makePacketSockets();
   if (!sockets) {
     return Failure::failure(sockets.reason());
   }
@@ -127,15 +127,13 @@ Result<Spawner::Answer> Spawner::ask(const std::string &word, const std::vector<
 
 Result<StartedWorker> Spawner::startWorker() const {
   using Failure = Result<StartedWorker>;
-  Result<Pipe> requests = makePipe();
-  Result<Pipe> reports = makePipe();
+  Result<PacketSockets> sockets = makePacketSockets();
   Result<Pipe> life = makePipe();
-  if (!requests || !reports || !life) {
+  if (!sockets || !life) {
     return Failure::failure("There are no more open files to be had");
   }
   // The answer ends without a word when the program runs, because that closes what it inherits.
-  const Result<Answer> answer = ask(spawnerWords.startWorker, {},
-                                    {(*requests).readEnd, (*reports).writeEnd, (*life).readEnd});
+  const Result<Answer> answer = ask(spawnerWords.startWorker, {}, {sockets->other, life->readEnd});
   if (!answer) {
     return Failure::failure(answer.reason());
   }
@@ -146,8 +144,7 @@ Result<StartedWorker> Spawner::startWorker() const {
   if (hasEnded()) {
     return Failure::failure("The spawner has ended");
   }
-  return StartedWorker{std::move((*requests).writeEnd), std::move((*reports).readEnd),
-                       std::move((*life).writeEnd)};
+  return StartedWorker{std::move(sockets->one), std::move(life->writeEnd)};
 }
 
 std::optional<std::string> Spawner::pathOfDesktopEntry(const std::string &name) const {

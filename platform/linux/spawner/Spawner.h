@@ -18,9 +18,8 @@ namespace platform {
 // A status worker that has been started. When this goes, the worker and all that it has started
 // are killed.
 struct StartedWorker {
-  FileDescriptor requests;  // written by the extension
-  FileDescriptor reports;   // read by it; at its end when the worker has ended
-  FileDescriptor life;      // to be closed, no more
+  FileDescriptor socket;  // for packets; at its end when the worker has ended
+  FileDescriptor life;    // to be closed, no more
 };
 
 class Spawner {
@@ -44,10 +43,10 @@ class Spawner {
   Spawner(Spawner &&other) noexcept;
   Spawner &operator=(Spawner &&other) = delete;
 
-  // Starts the program with the requests as its descriptor 3, open for reading, and the reports as
-  // its descriptor 4, for writing. It has no input, says what it says on our standard error, is in
-  // a session of its own, leaves no core files, inherits no other open file, and of the environment
-  // what tells of the language and the user's directories. Fails if it cannot be run. From any
+  // Starts the program with the other end of the socket as its descriptor 3. It has no input, says
+  // what it says on our standard error, is in a session of its own, leaves no core files, inherits
+  // no other open file, and of the environment what tells of the language and the user's
+  // directories. Fails if it cannot be run. From any
   // thread; waits for some milliseconds, 5 s at the most.
   Result<StartedWorker> startWorker() const;
 

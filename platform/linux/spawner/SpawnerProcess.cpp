@@ -91,7 +91,7 @@ class SpawnerProcess {
   }
 
   void answer(Message &message) {
-    if (message.word == spawnerWords.startWorker && message.files.size() == 4) {
+    if (message.word == spawnerWords.startWorker && message.files.size() == 3) {
       startWorker(message);
     } else if (message.word == spawnerWords.findApplication && message.texts.size() == 1 &&
                message.files.size() == 1) {
@@ -119,13 +119,13 @@ class SpawnerProcess {
     const pid_t self = getpid();
     const pid_t process = fork();
     if (process == 0) {
-      becomeWorker(programs_.worker, {message.files[1], message.files[2], answer}, self);
+      becomeWorker(programs_.worker, {message.files[1], answer}, self);
     }
     if (process < 0) {
       sendMessage(answer, spawnerWords.failed, {g_strerror(errno)}, {});
       return;
     }
-    workers_.push_back({process, std::move(message.files[3])});
+    workers_.push_back({process, std::move(message.files[2])});
   }
 
   void takeEndedProcesses() {

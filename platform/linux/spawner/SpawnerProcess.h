@@ -9,7 +9,7 @@ namespace platform {
 // What it can be asked for. The first open file of each request is where the
 // answer goes, and is closed by the spawner at the end of what was asked for.
 struct SpawnerWords {
-  const char *startWorker;  // files: requests, reports, life; answered with `failed` or not at all
+  const char *startWorker;      // files: socket, life; answered with `failed` or not at all
   const char *findApplication;  // texts: the entry's name; answered with `found` or not at all
   const char *launch;           // texts: those of `argumentsOfLaunch`; not answered
   const char *failed;           // texts: the reason

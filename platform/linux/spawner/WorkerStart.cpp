@@ -15,13 +15,11 @@
 #include "platform/linux/spawner/ForkedProcess.h"
 #include "platform/linux/spawner/Messages.h"
 #include "platform/linux/spawner/SpawnerProcess.h"
+#include "platform/linux/worker/WorkerDescriptor.h"
 
 namespace platform {
 
 namespace {
-
-constexpr int requestsFile = 3;
-constexpr int reportsFile = 4;
 
 // Whole names, and beginnings of names. Where the user's directories are and the user's language;
 // and the settings of a build with sanitizers.
@@ -50,7 +48,7 @@ std::vector<char *> environmentOfWorker() {
 
 // Above those with a meaning, so that none of them is in the way of another.
 int movedUp(int file) {
-  return fcntl(file, F_DUPFD_CLOEXEC, reportsFile + 1);
+  return fcntl(file, F_DUPFD_CLOEXEC, workerDescriptor + 1);
 }
 
 [[noreturn]] void giveUp(int answer) {
@@ -62,8 +60,7 @@ int movedUp(int file) {
 
 void becomeWorker(const std::string &program, const WorkerFiles &files, pid_t spawner) {
   const int answer = movedUp(files.answer);
-  const int requests = movedUp(files.requests);
-  const int reports = movedUp(files.reports);
+  const int socket = movedUp(files.socket);
   const int nothing = movedUp(open("/dev/null", O_RDONLY | O_CLOEXEC));
 
   setsid();
@@ -72,12 +69,11 @@ void becomeWorker(const std::string &program, const WorkerFiles &files, pid_t sp
   const rlimit none{0, 0};
   const bool isPrepared = dup2(nothing, STDIN_FILENO) >= 0 &&
                           dup2(STDERR_FILENO, STDOUT_FILENO) >= 0 &&
-                          dup2(requests, requestsFile) >= 0 && dup2(reports, reportsFile) >= 0 &&
-                          setrlimit(RLIMIT_CORE, &none) == 0;
+                          dup2(socket, workerDescriptor) >= 0 && setrlimit(RLIMIT_CORE, &none) == 0;
   if (!isPrepared) {
     giveUp(answer);
   }
-  closeWhenAProgramIsRun(reportsFile + 1);
+  closeWhenAProgramIsRun(workerDescriptor + 1);
 
   std::string name = program;
   const std::array<char *, 2> arguments = {name.data(), nullptr};

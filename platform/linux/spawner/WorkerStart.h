@@ -8,8 +8,7 @@ namespace platform {
 
 // The open files that it is given. They stay the caller's.
 struct WorkerFiles {
-  int requests;
-  int reports;
+  int socket;
   int answer;  // hears why the program cannot be run; closed when it runs
 };
 

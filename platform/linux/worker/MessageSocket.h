@@ -1,6 +1,5 @@
-// One end of a connection that keeps messages apart (AF_UNIX, SOCK_SEQPACKET): between the
-// extension process and the status worker, and between the extension process and a scan. Blocking;
-// one reader and one writer at a time.
+// One end of a connection for messages: between the extension process and the status worker, and
+// between the extension process and a scan. Blocking; one reader and one writer at a time.
 #pragma once
 
 #include <chrono>
@@ -17,7 +16,7 @@ class MessageSocket {
     message,
     silence,  // nothing came in time
     end,      // the other end is closed
-    failure,  // what came is no message of ours, or nothing can be received
+    failure,  // what came is too large to be a message of ours
   };
 
   explicit MessageSocket(platform::FileDescriptor descriptor);

@@ -10,7 +10,7 @@
 
 using platform::FileDescriptor;
 using platform::Message;
-using platform::MessageSockets;
+using platform::PacketSockets;
 using platform::Reception;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -26,7 +26,7 @@ class Messages : public ::testing::Test {
     ASSERT_EQ(send(sockets.one, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
   }
 
-  MessageSockets sockets = std::move(*platform::makeMessageSockets());
+  PacketSockets sockets = std::move(*platform::makePacketSockets());
   Message message;
 };
 

@@ -38,13 +38,10 @@ bool isReadable(int file) {
   return poll(&readable, 1, patience) == 1;
 }
 
-// What is read until the line or the file ends.
-std::string readLine(int file) {
-  std::string line;
-  for (char byte = 0; isReadable(file) && read(file, &byte, 1) == 1 && byte != '\n';) {
-    line += byte;
-  }
-  return line;
+std::string readPacket(int file) {
+  std::array<char, 16> bytes{};
+  const ssize_t size = isReadable(file) ? read(file, bytes.data(), bytes.size()) : -1;
+  return size < 0 ? "" : std::string(bytes.data(), static_cast<std::size_t>(size));
 }
 
 bool isAtEnd(int file) {
@@ -52,22 +49,19 @@ bool isAtEnd(int file) {
   return isReadable(file) && read(file, &byte, 1) == 0;
 }
 
-void wish(const StartedWorker &worker, std::string_view wishes) {
-  ASSERT_EQ(write(worker.requests, wishes.data(), wishes.size()),
-            static_cast<ssize_t>(wishes.size()));
+void wish(const StartedWorker &worker, std::string_view wish) {
+  ASSERT_EQ(write(worker.socket, wish.data(), wish.size()), static_cast<ssize_t>(wish.size()));
 }
 
 // Whether it does what it is asked for.
 bool answers(const StartedWorker &worker) {
-  char byte = 0;
-  return write(worker.requests, "e!", 2) == 2 && isReadable(worker.reports) &&
-         read(worker.reports, &byte, 1) == 1 && byte == '!';
+  return write(worker.socket, "e!", 2) == 2 && readPacket(worker.socket) == "!";
 }
 
 // A child of the worker that stays as long as nobody ends it.
 pid_t childOf(const StartedWorker &worker) {
   wish(worker, "c");
-  return std::stoi(readLine(worker.reports));
+  return std::stoi(readPacket(worker.socket));
 }
 
 // The processes that the process has started and that have not been waited for.
@@ -116,7 +110,7 @@ TEST_F(SpawnerTest, AWorkerHearsRequestsAndIsHeard) {
   EXPECT_TRUE(answers(worker));
 }
 
-TEST_F(SpawnerTest, AWorkerHasNothingOpenButItsPipesAndItsErrors) {
+TEST_F(SpawnerTest, AWorkerHasNothingOpenButItsSocketAndItsErrors) {
   // Files that whoever starts the extension may have left open.
   const int left = open("/", O_RDONLY);
   ASSERT_EQ(dup2(left, 200), 200);
@@ -128,7 +122,7 @@ TEST_F(SpawnerTest, AWorkerHasNothingOpenButItsPipesAndItsErrors) {
   for (const auto &file : std::filesystem::directory_iterator(files)) {
     names.push_back(file.path().filename());
   }
-  EXPECT_THAT(names, UnorderedElementsAre("0", "1", "2", "3", "4"));
+  EXPECT_THAT(names, UnorderedElementsAre("0", "1", "2", "3"));
   const auto target = [&files](const char *name) {
     return std::filesystem::read_symlink(files + name).string();
   };
@@ -136,8 +130,7 @@ TEST_F(SpawnerTest, AWorkerHasNothingOpenButItsPipesAndItsErrors) {
   EXPECT_EQ(target("0"), "/dev/null");
   EXPECT_EQ(target("1"), ownErrors);
   EXPECT_EQ(target("2"), ownErrors);
-  EXPECT_THAT(target("3"), HasSubstr("pipe:"));
-  EXPECT_THAT(target("4"), HasSubstr("pipe:"));
+  EXPECT_THAT(target("3"), HasSubstr("socket:"));
   close(200);
   close(left);
 }
@@ -200,7 +193,7 @@ TEST_F(SpawnerTest, AWorkerThatEndsTakesAlongWhatItHasStarted) {
   const StartedWorker worker = startWorker(spawner);
   const pid_t child = childOf(worker);
   wish(worker, "x");
-  EXPECT_TRUE(isAtEnd(worker.reports));
+  EXPECT_TRUE(isAtEnd(worker.socket));
   EXPECT_TRUE(waitUntilEnded(child));
   EXPECT_TRUE(turnMainLoopUntil([&] { return childrenOf(spawner.process()).empty(); }));
 }
@@ -278,7 +271,7 @@ TEST_F(SpawnerTest, ItsEndIsSeenAndEndsTheWorkersAndFailsWhatIsAskedLater) {
   ASSERT_EQ(kill(spawner.process(), SIGKILL), 0);
   EXPECT_TRUE(isReadable(spawner.endDescriptor()));
   EXPECT_TRUE(spawner.hasEnded());
-  EXPECT_TRUE(isAtEnd(worker.reports));
+  EXPECT_TRUE(isAtEnd(worker.socket));
   EXPECT_FALSE(spawner.startWorker());
 }
 

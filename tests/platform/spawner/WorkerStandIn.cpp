@@ -1,13 +1,12 @@
-// A program in place of a status worker. Each byte that it is sent is a wish: 'e' echoes the next
-// one, 'c' starts a child that stays and tells its number, 'x' ends.
+// A program in place of a status worker. Each packet that it is sent is a wish: "e" and more is
+// answered with the rest of it, "c" starts a child that stays and tells its number, "x" ends.
 #include <array>
 #include <cstdio>
 #include <unistd.h>
 
 namespace {
 
-constexpr int requests = 3;
-constexpr int reports = 4;
+constexpr int extension = 3;           // its socket
 constexpr unsigned longestTest = 600;  // seconds; it outlives a test that breaks, but not for ever
 
 void startChild() {
@@ -18,8 +17,8 @@ void startChild() {
     _exit(1);
   }
   std::array<char, 16> text{};
-  const int size = std::snprintf(text.data(), text.size(), "%d\n", child);
-  if (write(reports, text.data(), static_cast<std::size_t>(size)) != size) {
+  const int size = std::snprintf(text.data(), text.size(), "%d", child);
+  if (write(extension, text.data(), static_cast<std::size_t>(size)) != size) {
     _exit(1);
   }
 }
@@ -28,11 +27,13 @@ void startChild() {
 
 int main() {
   alarm(longestTest);
-  char wish = 0;
-  while (read(requests, &wish, 1) == 1 && wish != 'x') {
-    if (wish == 'c') {
+  std::array<char, 16> wish{};
+  ssize_t size = 0;
+  while ((size = read(extension, wish.data(), wish.size())) > 0 && wish[0] != 'x') {
+    if (wish[0] == 'c') {
       startChild();
-    } else if (wish == 'e' && (read(requests, &wish, 1) != 1 || write(reports, &wish, 1) != 1)) {
+    } else if (wish[0] == 'e' &&
+               write(extension, wish.data() + 1, static_cast<std::size_t>(size) - 1) != size - 1) {
       return 1;
     }
   }
