@@ -81,10 +81,13 @@ TEST_F(CommandLaunch, TheProgramIsRestrictedNoMoreThanTheSession) {
   EXPECT_THAT(program.file("limits"), HasSubstr("Max open files"));
   EXPECT_EQ(program.file("limits"), test.file("limits"));
   EXPECT_EQ(program.file("oom_score_adj"), test.file("oom_score_adj"));
-  for (const char *line : {"NoNewPrivs", "Seccomp", "CapEff", "Umask"}) {
+  for (const char *line : {"NoNewPrivs", "Seccomp", "Seccomp_filters", "CapEff", "Umask"}) {
     EXPECT_NE(program.status(line), "") << line;
     EXPECT_EQ(program.status(line), test.status(line)) << line;
   }
+  const LaunchedProgram extension(session.extensionProcess());
+  EXPECT_NE(extension.status("Seccomp_filters"), test.status("Seccomp_filters"))
+      << "the extension is";
 }
 
 TEST_F(CommandLaunch, TheProgramIsNotToldHowTheExtensionWasStarted) {

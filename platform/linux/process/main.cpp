@@ -10,6 +10,9 @@
 #include "extension/KTRFinderSync.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/StandardStreams.h"
+#include "platform/linux/confinement/ExtensionConfinement.h"
+#include "platform/linux/confinement/QuietEnvironment.h"
+#include "platform/linux/confinement/SessionBusAddress.h"
 #include "platform/linux/desktop/ApplicationLaunch.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
@@ -53,6 +56,16 @@ gboolean quitLoop(gpointer loop) {
 // `spawner` has been started while this process could still fork it.
 int run(const platform::Spawner &spawner) {
   using namespace platform;
+
+  const Outcome confined = confineExtension();
+  if (!confined) {
+    return fail("It cannot be confined: " + confined.reason());
+  }
+  const Result<std::string> address = sessionBusAddress();
+  if (!address) {
+    return fail("The session bus cannot be reached: " + address.reason());
+  }
+  makeEnvironmentQuiet();
 
   ErrorHandle error;
   const ObjectHandle<GDBusConnection> connection(

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
 #include <glib.h>
 
+#include "platform/linux/confinement/CoreFiles.h"
 #include "platform/linux/spawner/ForkedProcess.h"
 #include "platform/linux/spawner/Messages.h"
 #include "platform/linux/spawner/SpawnerProcess.h"
@@ -66,10 +66,9 @@ void becomeWorker(const std::string &program, const WorkerFiles &files, pid_t sp
   setsid();
   endWithParent(spawner);
   restoreSignals();
-  const rlimit none{0, 0};
   const bool isPrepared = dup2(nothing, STDIN_FILENO) >= 0 &&
                           dup2(STDERR_FILENO, STDOUT_FILENO) >= 0 &&
-                          dup2(socket, workerDescriptor) >= 0 && setrlimit(RLIMIT_CORE, &none) == 0;
+                          dup2(socket, workerDescriptor) >= 0 && forbidCoreFiles();
   if (!isPrepared) {
     giveUp(answer);
   }

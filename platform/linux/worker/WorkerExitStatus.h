@@ -6,3 +6,6 @@ constexpr int workerExitWithoutMemory = 75;
 
 // No process is to be had for the scan.
 constexpr int workerExitWithoutProcess = 76;
+
+// The scan cannot give up what it must not have.
+constexpr int workerExitWithoutConfinement = 77;

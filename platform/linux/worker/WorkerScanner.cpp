@@ -146,6 +146,9 @@ class WorkerScanner::OneScan {
     if (!exit->isSignal && exit->number == workerExitWithoutProcess) {
       return end(Result::failed, "There are no more processes to be had");
     }
+    if (!exit->isSignal && exit->number == workerExitWithoutConfinement) {
+      return end(Result::failed, "The scan cannot be confined");
+    }
     return end(comesFromOutside(*exit) ? Result::endedFromOutside : Result::endedByRoot,
                textOf(*exit));
   }

@@ -6,9 +6,9 @@
 #include <svn_error.h>
 
 #include "platform/linux/worker/DatabaseState.h"
+#include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/program/Heartbeat.h"
 #include "platform/linux/worker/program/MemoryLimit.h"
-#include "platform/linux/worker/program/ScanConfinement.h"
 #include "scanner/AdministrativeDatabase.h"
 #include "scanner/SVNError.h"
 
@@ -74,12 +74,15 @@ ScanEnd endFrom(svn_error_t *error) {
 
 }  // namespace
 
-int runScan(const MessageSocket &receiver, const ScanRequest &request) {
+int runScan(const MessageSocket &receiver, const ScanRequest &request,
+            ScanConfinement &confinement) {
   limitMemory();
   Sender sender(receiver);
   const std::string database = databaseOfWorkingCopy(topOfWorkingCopy(request.targetPath));
   sender.send(ScanDatabase{database, stateOfDatabase(database)});
-  confineScan(request, database);
+  if (!confinement.apply(request, database)) {
+    return workerExitWithoutConfinement;
+  }
 
   SVNError error;
   {

@@ -36,14 +36,14 @@ int waitStatusOf(pid_t scan, const MessageSocket &extension) {
 
 // `receiver` is closed in this process as soon as the scan has it.
 ScanExit scanInProcess(const MessageSocket &extension, const ScanRequest &request,
-                       std::optional<MessageSocket> receiver) {
+                       std::optional<MessageSocket> receiver, ScanConfinement &confinement) {
   const pid_t server = getpid();
   const pid_t scan = fork();
   if (scan == 0) {
     // It does not outlive the server, and cannot speak for it.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     close(extension.descriptor());
-    _exit(getppid() == server ? runScan(*receiver, request) : EXIT_FAILURE);
+    _exit(getppid() == server ? runScan(*receiver, request, confinement) : EXIT_FAILURE);
   }
   receiver.reset();
   if (scan < 0) {
@@ -57,6 +57,7 @@ ScanExit scanInProcess(const MessageSocket &extension, const ScanRequest &reques
 }  // namespace
 
 int serveScans(const MessageSocket &extension) {
+  ScanConfinement confinement;
   std::string bytes;
   std::optional<MessageSocket> receiver;
   for (;;) {
@@ -72,7 +73,7 @@ int serveScans(const MessageSocket &extension) {
     if (!request || !receiver) {
       return EXIT_FAILURE;
     }
-    extension.send(encode(scanInProcess(extension, *request, std::move(receiver))));
+    extension.send(encode(scanInProcess(extension, *request, std::move(receiver), confinement)));
     receiver.reset();
   }
 }

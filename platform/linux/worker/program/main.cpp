@@ -7,6 +7,7 @@
 
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/worker/WorkerDescriptor.h"
+#include "platform/linux/worker/program/Confinement.h"
 #include "platform/linux/worker/program/ScanServer.h"
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 
@@ -46,6 +47,11 @@ int main(int argumentCount, char **arguments) {
     return printUsage(stderr);
   }
   KTREnsureSVNCoreInitialization();
+  if (const platform::Outcome outcome = confineWorker(); !outcome) {
+    std::fprintf(stderr, "halvern-status-worker: The process cannot be confined: %s\n",
+                 outcome.reason().c_str());
+    return EXIT_FAILURE;
+  }
   const int status = serveScans(MessageSocket(platform::FileDescriptor(workerDescriptor)));
   std::_Exit(status);
 }

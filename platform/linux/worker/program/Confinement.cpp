@@ -1,0 +1,177 @@
+#include "platform/linux/worker/program/Confinement.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <sched.h>
+#include <sys/mman.h>
+
+#include <svn_config.h>
+
+#include "platform/linux/confinement/CoreFiles.h"
+#include "platform/linux/confinement/FileView.h"
+#include "scanner/SVNError.h"
+#include "scanner/SVNPool.h"
+
+namespace {
+
+using platform::Outcome;
+using platform::SeccompFilter;
+using Condition = SeccompFilter::Condition;
+
+// Which argument of `clone` holds the flags.
+#ifdef __s390__
+constexpr unsigned cloneFlags = 1;
+#else
+constexpr unsigned cloneFlags = 0;
+#endif
+
+// Reading, and what SQLite does to a database and its journal.
+void allowFiles(SeccompFilter &filter) {
+  for (const int call :
+       {SCMP_SYS(access),      SCMP_SYS(close),      SCMP_SYS(faccessat), SCMP_SYS(faccessat2),
+        SCMP_SYS(fchmod),      SCMP_SYS(fchown),     SCMP_SYS(fcntl),     SCMP_SYS(fcntl64),
+        SCMP_SYS(fdatasync),   SCMP_SYS(fstat),      SCMP_SYS(fstat64),   SCMP_SYS(fstatat64),
+        SCMP_SYS(fstatfs),     SCMP_SYS(fstatfs64),  SCMP_SYS(fsync),     SCMP_SYS(ftruncate),
+        SCMP_SYS(ftruncate64), SCMP_SYS(getcwd),     SCMP_SYS(getdents),  SCMP_SYS(getdents64),
+        SCMP_SYS(_llseek),     SCMP_SYS(lseek),      SCMP_SYS(lstat),     SCMP_SYS(lstat64),
+        SCMP_SYS(newfstatat),  SCMP_SYS(open),       SCMP_SYS(openat),    SCMP_SYS(pread64),
+        SCMP_SYS(preadv),      SCMP_SYS(pwrite64),   SCMP_SYS(pwritev),   SCMP_SYS(read),
+        SCMP_SYS(readlink),    SCMP_SYS(readlinkat), SCMP_SYS(readv),     SCMP_SYS(stat),
+        SCMP_SYS(stat64),      SCMP_SYS(statfs),     SCMP_SYS(statfs64),  SCMP_SYS(statx),
+        SCMP_SYS(unlink),      SCMP_SYS(unlinkat),   SCMP_SYS(write),     SCMP_SYS(writev)}) {
+    filter.allow(call);
+  }
+}
+
+// Memory is written or run, never both.
+void allowMemory(SeccompFilter &filter) {
+  for (const int call : {SCMP_SYS(brk), SCMP_SYS(madvise), SCMP_SYS(mremap), SCMP_SYS(munmap)}) {
+    filter.allow(call);
+  }
+  for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2), SCMP_SYS(mprotect)}) {
+    filter.allow(call, {Condition::lacks(2, PROT_EXEC)});
+  }
+}
+
+void allowThreads(SeccompFilter &filter) {
+  for (const int call : {SCMP_SYS(exit),
+                         SCMP_SYS(exit_group),
+                         SCMP_SYS(futex),
+                         SCMP_SYS(futex_time64),
+                         SCMP_SYS(getpid),
+                         SCMP_SYS(getppid),
+                         SCMP_SYS(gettid),
+                         SCMP_SYS(membarrier),
+                         SCMP_SYS(restart_syscall),
+                         SCMP_SYS(rseq),
+                         SCMP_SYS(rt_sigaction),
+                         SCMP_SYS(rt_sigprocmask),
+                         SCMP_SYS(rt_sigreturn),
+                         SCMP_SYS(sched_getaffinity),
+                         SCMP_SYS(sched_yield),
+                         SCMP_SYS(set_robust_list),
+                         SCMP_SYS(set_tid_address),
+                         SCMP_SYS(sigaltstack),
+                         SCMP_SYS(sigreturn),
+                         SCMP_SYS(tgkill)}) {
+    filter.allow(call);
+  }
+}
+
+void allowTimeAndLimits(SeccompFilter &filter) {
+  for (const int call : {SCMP_SYS(clock_getres),
+                         SCMP_SYS(clock_gettime),
+                         SCMP_SYS(clock_gettime64),
+                         SCMP_SYS(clock_nanosleep),
+                         SCMP_SYS(clock_nanosleep_time64),
+                         SCMP_SYS(getegid),
+                         SCMP_SYS(geteuid),
+                         SCMP_SYS(getgid),
+                         SCMP_SYS(getrandom),
+                         SCMP_SYS(getrlimit),
+                         SCMP_SYS(getrusage),
+                         SCMP_SYS(gettimeofday),
+                         SCMP_SYS(getuid),
+                         SCMP_SYS(nanosleep),
+                         SCMP_SYS(poll),
+                         SCMP_SYS(ppoll),
+                         SCMP_SYS(prlimit64),
+                         SCMP_SYS(select),
+                         SCMP_SYS(setrlimit),
+                         SCMP_SYS(sysinfo),
+                         SCMP_SYS(time),
+                         SCMP_SYS(ugetrlimit),
+                         SCMP_SYS(uname)}) {
+    filter.allow(call);
+  }
+}
+
+constexpr std::int64_t newNameSpaces = CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC |
+                                       CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
+
+// What only the worker does, and a scan before it is confined.
+constexpr int callsOfWorker[] = {
+    SCMP_SYS(kill),
+    SCMP_SYS(landlock_add_rule),
+    SCMP_SYS(landlock_create_ruleset),
+    SCMP_SYS(landlock_restrict_self),
+    SCMP_SYS(pidfd_open),
+    SCMP_SYS(prctl),
+    SCMP_SYS(recvmsg),
+    SCMP_SYS(seccomp),
+    SCMP_SYS(wait4),
+    SCMP_SYS(waitid),
+};
+
+void allowConfiguration(const std::optional<std::string> &configDir, platform::FileView &view) {
+  if (configDir) {
+    view.allowReading(*configDir);
+    return;
+  }
+  const SVNPool pool;
+  const char *path = nullptr;
+  const SVNError error(svn_config_get_user_config_path(&path, nullptr, nullptr, pool));
+  if (error == nullptr && path != nullptr) {
+    view.allowReading(path);
+  }
+  view.allowReading("/etc/subversion");
+}
+
+}  // namespace
+
+Outcome confineWorker() {
+  Outcome withoutCoreFiles = platform::forbidCoreFiles();
+  if (!withoutCoreFiles) {
+    return withoutCoreFiles;
+  }
+  SeccompFilter filter = SeccompFilter::refusingAllElse(EPERM);
+  allowFiles(filter);
+  allowMemory(filter);
+  allowThreads(filter);
+  allowTimeAndLimits(filter);
+  for (const int call : callsOfWorker) {
+    filter.allow(call);
+  }
+  filter.allow(SCMP_SYS(sendmsg));
+  filter.allow(SCMP_SYS(clone), {Condition::lacks(cloneFlags, newNameSpaces)});
+  // A filter cannot see what it is for, and the C library does without it where there is none.
+  filter.refuse(SCMP_SYS(clone3), ENOSYS);
+  return filter.load();
+}
+
+ScanConfinement::ScanConfinement() : filter_(SeccompFilter::allowingAllElse()) {
+  for (const int call : callsOfWorker) {
+    filter_.refuse(call, EPERM);
+  }
+  filter_.refuse(SCMP_SYS(clone), EPERM, {Condition::lacks(cloneFlags, CLONE_THREAD)});
+}
+
+Outcome ScanConfinement::apply(const ScanRequest &request, const std::string &database) {
+  platform::FileView view;
+  view.allowReading(request.targetPath);
+  view.allowReadingAndWriting(std::filesystem::path(database).parent_path());
+  allowConfiguration(request.configDir, view);
+  view.allowReading("/sys/devices/system/cpu/online");  // how many threads are of use
+  view.enforce();
+  return filter_.load();
+}
