@@ -1,5 +1,7 @@
 // What becomes of scans whose process aborts, hangs, is killed, or says what it should not.
+#include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,11 +9,13 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 #include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/WorkerScanner.h"
 #include "scanner/SVNError.h"
 #include "tests/scanner/ForeignDatabase.h"
+#include "tests/support/Command.h"
 #include "tests/support/StartedWorker.h"
 #include "tests/support/Subversion.h"
 
@@ -330,6 +334,15 @@ TEST(WorkerScanner, PathsThatCouldNotBeSentAreRefusedBefore) {
 
 namespace {
 
+// The only one.
+pid_t childOfThisProcess() {
+  const std::string number = std::to_string(getpid());
+  std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+  pid_t child = -1;
+  children >> child;
+  return child;
+}
+
 // The built worker, and databases that it does not bear.
 class WorkerScannerProcess : public testing::Test {
  protected:
@@ -390,4 +403,38 @@ TEST_F(WorkerScannerProcess, ALockedDatabaseIsAnErrorBeforeItLooksLikeAHang) {
   lock.execute("BEGIN EXCLUSIVE");
   WorkerScanner scanner(startsWorker(), std::chrono::seconds(4));
   EXPECT_EQ(scanWith(scanner, wc.path()).error, SVN_ERR_SQLITE_BUSY);
+}
+
+// What the scan compares a file with leads out of the working copy.
+TEST_F(WorkerScannerProcess, AScanReadsNothingOutsideOfItsWorkingCopy) {
+  wc.addFile("same-size", "old");
+  writeFile(wc / "same-size", "new");
+  fs::last_write_time(wc / "same-size", fs::file_time_type::clock::now() + std::chrono::hours(1));
+  WorkerScanner scanner(startsWorker());
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, 0);
+  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+    if (entry.is_regular_file()) {
+      const fs::path outside = directory / entry.path().filename().string();
+      fs::rename(entry.path(), outside);
+      fs::create_symlink(outside, entry.path());
+    }
+  }
+  EXPECT_EQ(runCommand({"svn", "status", wc.path()}).status, 0) << "nothing else is wrong with it";
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, EACCES);
+}
+
+TEST_F(WorkerScannerProcess, TheWorkerHasNeitherPrivilegesNorNetworkToGain) {
+  const StartWorker start = startsWorker();
+  const auto worker = start();
+  ASSERT_TRUE(worker);
+  // It is confined by the time it answers.
+  auto sockets = MessageSocket::makePair();
+  ASSERT_TRUE((*worker)->socket().send(
+      encode(ScanRequest{wc.path(), "/dev/null", KTRWorkingCopyScanOptions()}), &sockets->second));
+  std::string bytes;
+  ASSERT_EQ((*worker)->socket().receive(&bytes), MessageSocket::Reception::message);
+  const std::string status =
+      readFileForTest("/proc/" + std::to_string(childOfThisProcess()) + "/status");
+  EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1\n"));
+  EXPECT_THAT(status, HasSubstr("Seccomp:\t2\n"));
 }
