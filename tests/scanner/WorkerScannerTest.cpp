@@ -290,6 +290,8 @@ TEST(WorkerScanner, WhatAScanMayNotSayEndsIt) {
       encode(ScanMessage(ScanReports{{"/etc", svn_wc_status_modified, false, false, false}})),
       encode(ScanMessage(ScanReports{{"/wc2/x", svn_wc_status_modified, false, false, false}})),
       encode(ScanMessage(ScanReports{{"", svn_wc_status_modified, false, false, false}})),
+      encode(ScanMessage(ScanReports{{"/wc/../x", svn_wc_status_modified, false, false, false}})),
+      encode(ScanMessage(ScanReports{{"/wc/..", svn_wc_status_modified, false, false, false}})),
       encode(ScanExit{false, 0})};
   for (const std::string &message : messages) {
     ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
@@ -352,12 +354,11 @@ class WorkerScannerProcess : public testing::Test {
     }
   }
 
-  // The library ends the process where it finds an external outside the working copy.
-  void breakDatabase() const {
+  void addExternal(const std::string &path) const {
     ForeignDatabase(wc.path()).execute(
         "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, "
-        "kind, def_local_relpath, def_repos_relpath) VALUES (1, '../wc', '', 1, 'normal', "
-        "'dir', '', '')");
+        "kind, def_local_relpath, def_repos_relpath) VALUES (1, '" +
+        path + "', '', 1, 'normal', 'dir', '', '')");
   }
 
   void repairDatabase() const { ForeignDatabase(wc.path()).execute("DELETE FROM EXTERNALS"); }
@@ -372,8 +373,8 @@ class WorkerScannerProcess : public testing::Test {
 TEST_F(WorkerScannerProcess, ACrashCostsTheRootItsScansUntilTheDatabaseChanges) {
   WorkerScanner scanner(startsWorker());
   EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
-  breakDatabase();
-  EXPECT_THAT(scanWith(scanner, wc.path()).message, StartsWith("The scan "));
+  addExternal("a//b");  // where the library ends the process
+  EXPECT_THAT(scanWith(scanner, wc.path()).message, StartsWith("The scan was ended by signal "));
   EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
   EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
   repairDatabase();

@@ -33,9 +33,11 @@ std::string textOf(const ScanExit &exit) {
                        : "The scan ended with status " + std::to_string(exit.number);
 }
 
+// A path with ".." in it leads elsewhere.
 bool isPathBelow(const std::string &root, const std::string &path) {
   return path.starts_with(root) &&
-         (path.size() == root.size() || root == "/" || path[root.size()] == '/');
+         (path.size() == root.size() || root == "/" || path[root.size()] == '/') &&
+         path.find("/../") == std::string::npos && !path.ends_with("/..");
 }
 
 }  // namespace
