@@ -10,7 +10,6 @@
 using ::testing::Contains;
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::SizeIs;
 

@@ -120,7 +120,7 @@ Result<Spawner::Answer> Spawner::ask(const std::string &word, const std::vector<
   if (!becomesReadable(ours, deadline)) {
     return Failure::failure(g_strerror(ETIMEDOUT));
   }
-  Answer answer{};
+  Answer answer;
   answer.reception = receiveMessage(ours, answer.message);
   return answer;
 }

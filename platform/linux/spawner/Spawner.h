@@ -68,7 +68,7 @@ class Spawner {
  private:
   // The answer to a request: `end` if there was none before the request was done.
   struct Answer {
-    Reception reception;
+    Reception reception = Reception::end;
     Message message;
   };
 
