@@ -11,6 +11,7 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/SpareDescriptor.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxUUIDs.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
@@ -74,6 +75,7 @@ LinuxServices *started = nullptr;
 }  // namespace
 
 void startProcessServices(GDBusConnection *connection, FinderSyncService &service) {
+  platform::keepSpareDescriptor();
   started = new LinuxServices(connection, service);  // NOLINT: see above
 }
 
