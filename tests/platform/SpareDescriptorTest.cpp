@@ -1,7 +1,5 @@
 #include <cerrno>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,38 +7,12 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/SpareDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/NoDescriptors.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using platform::PropertyList;
 
 namespace {
-
-// As many open files as this process may have.
-class NoDescriptors {
- public:
-  NoDescriptors() {
-    getrlimit(RLIMIT_NOFILE, &earlier_);
-    const rlimit few{64, earlier_.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &few);
-    for (int file = open("/dev/null", O_RDONLY | O_CLOEXEC); file >= 0;
-         file = open("/dev/null", O_RDONLY | O_CLOEXEC)) {
-      files_.push_back(file);
-    }
-    EXPECT_EQ(errno, EMFILE);
-  }
-  ~NoDescriptors() {
-    for (const int file : files_) {
-      close(file);
-    }
-    setrlimit(RLIMIT_NOFILE, &earlier_);
-  }
-  NoDescriptors(const NoDescriptors &) = delete;
-  NoDescriptors &operator=(const NoDescriptors &) = delete;
-
- private:
-  rlimit earlier_{};
-  std::vector<int> files_;
-};
 
 // Runs the lines in a process of their own, because a process keeps its spare descriptor for good.
 template <typename Lines>
