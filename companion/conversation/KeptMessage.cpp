@@ -38,7 +38,7 @@ Result<std::string> nameFile(platform::UnfinishedFile &file, const std::string &
 
 }  // namespace
 
-Result<std::string> keepMessage(const std::string &message) {
+Result<std::string> folderOfKeptMessages() {
   const std::optional<std::string> state = platform::userStateDirectory();
   if (!state) {
     return Result<std::string>::failure("neither XDG_STATE_HOME nor HOME is an absolute path");
@@ -47,11 +47,23 @@ Result<std::string> keepMessage(const std::string &message) {
   if (const int error = platform::makeDurableDirectory(folder); error != 0) {
     return Result<std::string>::failure(g_strerror(error));
   }
+  return folder;
+}
+
+std::string keptMessageStem() {
+  return "commit-message-" + currentDate();
+}
+
+Result<std::string> keepMessage(const std::string &message) {
+  const Result<std::string> folder = folderOfKeptMessages();
+  if (!folder) {
+    return folder;
+  }
   // All messages have one name while they are written, so a program that ends then leaves one file
   // and not one for each time.
   Result<platform::UnfinishedFile> file =
-      platform::UnfinishedFile::write(folder + "/commit-message.unfinished", message + "\n");
-  return file ? nameFile(*file, folder + "/commit-message-" + currentDate())
+      platform::UnfinishedFile::write(*folder + "/commit-message.unfinished", message + "\n");
+  return file ? nameFile(*file, *folder + "/" + keptMessageStem())
               : Result<std::string>::failure(file.reason());
 }
 
