@@ -59,7 +59,7 @@ bool isUntouched(const std::string &place) {
 std::string putWithKeptMessages(const std::string &place) {
   const std::string stem = fs::path(place).parent_path() / keptMessageStem();
   for (int number = 1;; ++number) {
-    const std::string path = stem + (number == 1 ? "" : "-" + std::to_string(number));
+    std::string path = stem + (number == 1 ? "" : "-" + std::to_string(number));
     // A directory replaces an empty one, and nothing else.
     if (std::rename(place.c_str(), path.c_str()) == 0) {
       return path;

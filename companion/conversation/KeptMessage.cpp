@@ -55,7 +55,7 @@ std::string keptMessageStem() {
 }
 
 Result<std::string> keepMessage(const std::string &message) {
-  const Result<std::string> folder = folderOfKeptMessages();
+  Result<std::string> folder = folderOfKeptMessages();
   if (!folder) {
     return folder;
   }
