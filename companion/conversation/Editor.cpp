@@ -1,50 +1,22 @@
 #include "companion/conversation/Editor.h"
 
-#include <filesystem>
+#include <glib.h>
 
+#include "companion/Output.h"
 #include "companion/PathText.h"
 #include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/MessageText.h"
 #include "companion/programs/FirstProgram.h"
 #include "companion/programs/ForegroundProgram.h"
 #include "platform/linux/AtomicFile.h"
-#include "platform/linux/GLibHandles.h"
 
 namespace companion {
 
 using platform::Outcome;
 using platform::Result;
-using platform::StringHandle;
 using Message = std::optional<std::string>;
 
 namespace {
-
-// A directory for this user alone, removed with all that is in it unless it is left.
-class PrivateDirectory {
- public:
-  explicit PrivateDirectory(std::string path) : path_(std::move(path)) {}
-  ~PrivateDirectory() {
-    if (!isLeft_) {
-      std::error_code ignored;
-      std::filesystem::remove_all(path_, ignored);
-    }
-  }
-  PrivateDirectory(const PrivateDirectory &) = delete;
-  PrivateDirectory &operator=(const PrivateDirectory &) = delete;
-
-  const std::string &path() const { return path_; }
-
-  // Leaves it where it is if there is anything in it. The end of a sentence that says so.
-  std::string leave() {
-    std::error_code error;
-    isLeft_ = !std::filesystem::is_empty(path_, error) || error;
-    return isLeft_ ? "; what was written is left in " + displayedPath(path_) : "";
-  }
-
- private:
-  const std::string path_;
-  bool isLeft_ = false;
-};
 
 Result<Message> failure(const std::string &reason) {
   return Result<Message>::failure(reason);
@@ -69,14 +41,18 @@ Result<std::vector<std::string>> editorCommand(const std::string &file) {
       "there is no editor for the message; EDITOR may name one");
 }
 
-Result<Message> messageFromEditor(const std::vector<std::string> &items) {
-  platform::ErrorHandle error;
-  const StringHandle made(g_dir_make_tmp("halvern-XXXXXX", platform::ErrorOut(error)));
-  if (made == nullptr) {
-    return failure(std::string("there is no place for the message: ") + error->message);
+Result<Message> messageFromEditor(const std::vector<std::string> &items,
+                                  std::optional<EditingPlace> &place) {
+  std::vector<std::string> found;
+  Result<EditingPlace> made = EditingPlace::make(found);
+  for (const std::string &path : found) {
+    printError("what was written before this program was ended is kept in " + displayedPath(path));
   }
-  PrivateDirectory directory(made.get());
-  const std::string file = directory.path() + "/commit message.txt";
+  if (!made) {
+    return failure("there is no place for the message: " + made.reason());
+  }
+  place.emplace(std::move(*made));
+  const std::string file = place->file();
   const Outcome isWritten = platform::replaceFile(file, messageTemplate(items));
   if (!isWritten) {
     return failure("the file for the message: " + displayedPath(file) + ": " + isWritten.reason());
@@ -89,8 +65,7 @@ Result<Message> messageFromEditor(const std::vector<std::string> &items) {
   const Outcome isEdited = runInForeground(*command);
   const Result<std::string> text = platform::readFile(file);
   if (!text) {
-    return failure("the message: " + displayedPath(file) + ": " + text.reason() +
-                   directory.leave());
+    return failure("the message: " + displayedPath(file) + ": " + text.reason() + place->leave());
   }
   if (isEdited) {
     return messageOrKeptText(*text, items);

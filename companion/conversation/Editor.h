@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/conversation/EditingPlace.h"
 #include "platform/Result.h"
 
 namespace companion {
@@ -16,8 +17,9 @@ platform::Result<std::vector<std::string>> editorCommand(const std::string &file
 
 // Has the user write a commit message in the editor, on the terminal, and blocks until the editor
 // ends. None if nothing was written.
-// What was written is not lost where this fails: the reason then says where it is kept.
+// What was written is not lost where this fails: the reason then says where it is kept. Nor is it
+// if this program is ended, as long as `place` lives, in which it was written.
 platform::Result<std::optional<std::string>> messageFromEditor(
-    const std::vector<std::string> &items);
+    const std::vector<std::string> &items, std::optional<EditingPlace> &place);
 
 }  // namespace companion

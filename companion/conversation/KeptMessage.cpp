@@ -1,13 +1,13 @@
 #include "companion/conversation/KeptMessage.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "companion/PathText.h"
 #include "companion/conversation/MessageText.h"
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/DurableDirectories.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/UnfinishedFile.h"
 #include "platform/linux/UserDirectories.h"
 
 namespace companion {
@@ -21,41 +21,50 @@ std::string currentDate() {
   return platform::StringHandle(g_date_time_format(now.get(), "%Y-%m-%d-%H%M%S")).get();
 }
 
-// Makes a file of that name that was not there, so that no other message is written over.
-Result<std::string> claimFile(const std::string &stem) {
+// Gives the file a name that nothing has, so that no other message is written over. The name, or
+// why there is none.
+Result<std::string> nameFile(platform::UnfinishedFile &file, const std::string &stem) {
   for (int number = 1;; ++number) {
     std::string path = stem + (number == 1 ? "" : "-" + std::to_string(number)) + ".txt";
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file >= 0) {
-      close(file);
+    const int error = file.takeName(path);
+    if (error == 0) {
       return path;
     }
-    if (errno != EEXIST) {
-      return Result<std::string>::failure(g_strerror(errno));
+    if (error != EEXIST) {
+      return Result<std::string>::failure(g_strerror(error));
     }
   }
 }
 
 }  // namespace
 
-Result<std::string> keepMessage(const std::string &message) {
+Result<std::string> folderOfKeptMessages() {
   const std::optional<std::string> state = platform::userStateDirectory();
   if (!state) {
     return Result<std::string>::failure("neither XDG_STATE_HOME nor HOME is an absolute path");
   }
   const std::string folder = *state + "/halvern";
-  if (g_mkdir_with_parents(folder.c_str(), 0700) != 0) {
-    return Result<std::string>::failure(g_strerror(errno));
+  if (const int error = platform::makeDurableDirectory(folder); error != 0) {
+    return Result<std::string>::failure(g_strerror(error));
   }
-  Result<std::string> path = claimFile(folder + "/commit-message-" + currentDate());
-  if (!path) {
-    return path;
+  return folder;
+}
+
+std::string keptMessageStem() {
+  return "commit-message-" + currentDate();
+}
+
+Result<std::string> keepMessage(const std::string &message) {
+  Result<std::string> folder = folderOfKeptMessages();
+  if (!folder) {
+    return folder;
   }
-  if (const platform::Outcome outcome = platform::replaceFile(*path, message + "\n"); !outcome) {
-    unlink(path->c_str());
-    return Result<std::string>::failure(outcome.reason());
-  }
-  return path;
+  // All messages have one name while they are written, so a program that ends then leaves one file
+  // and not one for each time.
+  Result<platform::UnfinishedFile> file =
+      platform::UnfinishedFile::write(*folder + "/commit-message.unfinished", message + "\n");
+  return file ? nameFile(*file, *folder + "/" + keptMessageStem())
+              : Result<std::string>::failure(file.reason());
 }
 
 void discardKeptMessage(const std::string &path) {

@@ -9,6 +9,12 @@
 
 namespace companion {
 
+// "halvern" in the user's directory for state, which is created. Fails with a reason.
+platform::Result<std::string> folderOfKeptMessages();
+
+// "commit-message-<date>", with which the names of all that is kept now begin.
+std::string keptMessageStem();
+
 // Writes the message into a new file "commit-message-<date>.txt" in "halvern" in the user's
 // directory for state, readable by the user alone. Returns the file's path.
 platform::Result<std::string> keepMessage(const std::string &message);

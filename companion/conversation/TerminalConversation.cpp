@@ -49,7 +49,7 @@ Result<bool> TerminalConversation::confirm(const std::string &question,
 Result<std::optional<std::string>> TerminalConversation::askForMessage(
     const std::vector<std::string> &items) {
   output_.flush();
-  return messageFromEditor(items);
+  return messageFromEditor(items, place_);
 }
 
 void TerminalConversation::tell(const std::string &line) {

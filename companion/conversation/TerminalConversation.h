@@ -3,6 +3,7 @@
 
 #include "companion/Output.h"
 #include "companion/conversation/Conversation.h"
+#include "companion/conversation/EditingPlace.h"
 
 namespace companion {
 
@@ -24,6 +25,7 @@ class TerminalConversation final : public Conversation {
 
  private:
   Output &output_;
+  std::optional<EditingPlace> place_;  // of the last message
 };
 
 // One line of standard input, without its end; none if the input ends before the line

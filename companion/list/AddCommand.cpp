@@ -148,13 +148,16 @@ ExitStatus addWorkingCopies(const std::vector<std::string> &paths, Output &outpu
       listed.add(ListedPlace{candidate.root, candidate.root, ""});
       added.push_back(candidate);
     }
-    if (added.empty()) {
-      return status;
+    if (!added.empty()) {
+      if (const std::optional<std::string> reason = editor->publish(std::move(entries))) {
+        printError(*reason);
+        return exitFailed;
+      }
     }
-    if (const std::optional<std::string> reason = editor->publish(std::move(entries))) {
-      printError(*reason);
-      return exitFailed;
-    }
+  }
+  if (added.empty()) {
+    announceManifestAgain();
+    return status;
   }
   for (const Candidate &candidate : added) {
     std::string line = "added " + displayedPath(candidate.root);

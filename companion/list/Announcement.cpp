@@ -16,8 +16,10 @@ using platform::ErrorOut;
 using platform::ObjectHandle;
 using platform::VariantHandle;
 
-void announceManifest() {
-  ErrorHandle error;
+namespace {
+
+// Whether the bus has it; else `error` says why not.
+bool announce(ErrorHandle &error) {
   const ObjectHandle<GDBusConnection> connection = connectToSessionBus(error);
   VariantHandle answer;
   if (connection != nullptr) {
@@ -29,10 +31,22 @@ void announceManifest() {
         connection.get(), platform::busDaemonName, platform::busDaemonPath, platform::busDaemonName,
         "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, ErrorOut(error)));
   }
-  if (answer == nullptr) {
+  return answer != nullptr;
+}
+
+}  // namespace
+
+void announceManifest() {
+  ErrorHandle error;
+  if (!announce(error)) {
     printError(std::string("the list is saved, but the session bus cannot be reached (") +
                error->message + "); a running extension will notice at its next start");
   }
+}
+
+void announceManifestAgain() {
+  ErrorHandle ignored;
+  announce(ignored);
 }
 
 }  // namespace companion

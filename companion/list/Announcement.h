@@ -7,4 +7,8 @@ namespace companion {
 // bus it prints a note: the list counts all the same, only later.
 void announceManifest();
 
+// The same for a program that has saved nothing: an earlier one may have been ended between saving
+// the list and announcing it. Prints nothing.
+void announceManifestAgain();
+
 }  // namespace companion

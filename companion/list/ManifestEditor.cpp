@@ -14,9 +14,6 @@ using platform::Result;
 
 namespace {
 
-// An edit takes milliseconds, unless a listed working copy lies on a network mount that is dead.
-constexpr std::chrono::seconds lockPatience{10};
-
 std::string notWritten(const FileURL &file, const std::string &reason) {
   return "the list of working copies cannot be written: " + displayedPath(file.path()) + ": " +
          reason;
@@ -38,7 +35,7 @@ Result<ManifestEditor> ManifestEditor::open() {
     return failure("the directory cannot be created: " + displayedPath(directory->path()) + ": " +
                    created.reason());
   }
-  Result<ManifestLock> lock = ManifestLock::take(*directory, lockPatience);
+  Result<ManifestLock> lock = ManifestLock::take(*directory, manifestLockPatience);
   if (!lock) {
     return failure(lock.reason());
   }

@@ -7,8 +7,8 @@
 
 #include <glib.h>
 
-#include "companion/FileLock.h"
 #include "companion/PathText.h"
+#include "platform/linux/FileLock.h"
 
 namespace companion {
 
@@ -32,7 +32,7 @@ Result<ManifestLock> ManifestLock::take(const FileURL &sharedDirectory,
     return failure(path, g_strerror(errno));
   }
   ManifestLock lock(descriptor);
-  if (const int error = lockFile(descriptor, patience); error != 0) {
+  if (const int error = platform::lockFile(descriptor, patience); error != 0) {
     return failure(path,
                    error == EWOULDBLOCK ? "another program holds the lock" : g_strerror(error));
   }

@@ -9,6 +9,9 @@
 
 namespace companion {
 
+// An edit takes milliseconds, unless a listed working copy lies on a network mount that is dead.
+constexpr std::chrono::seconds manifestLockPatience{10};
+
 // Held as long as the object lives; moved, never copied. The lock file itself stays, because
 // removing it would let two processes lock two files of the same name.
 class ManifestLock {

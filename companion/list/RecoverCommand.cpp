@@ -1,5 +1,7 @@
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <glib.h>
@@ -11,30 +13,42 @@
 #include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
+#include "platform/linux/AtomicFile.h"
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/LinuxPosixAccess.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/PropertyListCoding.h"
 
 namespace companion {
 
 using platform::Array;
 using platform::Data;
 using platform::Dictionary;
+using platform::FileDescriptor;
 using platform::FileURL;
 using platform::Result;
 
 namespace {
 
-// What came of one request. A request that failed is still there.
+// What came of one request. Until it is settled it is still there, and is answered again by the
+// next run if this one is ended.
 struct Answer {
   std::vector<std::string> recovered;    // paths
   std::vector<std::string> unreachable;  // each with its reason
   bool isPublished = false;
   std::optional<std::string> failure;
+  std::optional<FileDescriptor> answered;  // the file that is to be removed
 };
 
 std::string withReason(const FileURL &file, const std::string &reason) {
   return displayedPath(file.path()) + ": " + reason;
+}
+
+// `error` becomes the system's error number, 0 if it is what is in the file that is wrong.
+Result<Dictionary> requestInFile(const FileURL &file, int &error) {
+  const Result<std::string> contents = platform::readFile(file.path(), &error);
+  return contents ? platform::dictionaryFromPropertyList(*contents)
+                  : Result<Dictionary>::failure(contents.reason());
 }
 
 // A fresh bookmark of the place, if it can be reached.
@@ -70,6 +84,18 @@ void recoverEntry(platform::PropertyList &entry, const std::string &identifier, 
   answer.recovered.push_back(*place.currentPath);
 }
 
+// Puts a request that was left over, and that nobody can read, out of the way of the next ones.
+void putAside(const FileURL &taken, const std::string &reason, Answer &answer) {
+  if (std::rename(taken.path().c_str(), (taken.path() + ".unreadable").c_str()) == 0) {
+    answer.unreachable.push_back(
+        "a recovery request that was left over cannot be read and was put "
+        "aside: " +
+        withReason(taken, reason));
+  } else {
+    answer.failure = withReason(taken, g_strerror(errno));
+  }
+}
+
 // Answers the request in `file`, which it first takes from the extension by renaming it to `taken`;
 // the extension may write the next one meanwhile. No file, no request: another run had it.
 Answer answerRequest(const FileURL &file, const FileURL &taken) {
@@ -82,22 +108,18 @@ Answer answerRequest(const FileURL &file, const FileURL &taken) {
   if (!entryExists(file.path())) {
     return answer;
   }
-  platform::LinuxPropertyListFiles files;
-  Result<Dictionary> request = files.dictionaryWithContentsOfURL(file);
+  int error = 0;
+  Result<Dictionary> request = requestInFile(file, error);
   if (request && file != taken) {
     if (std::rename(file.path().c_str(), taken.path().c_str()) != 0) {
       answer.failure = withReason(file, g_strerror(errno));
       return answer;
     }
     // Read once more: it may have been replaced by a longer one before it was taken.
-    request = files.dictionaryWithContentsOfURL(taken);
+    request = requestInFile(taken, error);
   }
-  if (!request && file == taken &&
-      std::rename(taken.path().c_str(), (taken.path() + ".unreadable").c_str()) == 0) {
-    answer.unreachable.push_back(
-        "a recovery request that was left over cannot be read and was put "
-        "aside: " +
-        withReason(taken, request.reason()));
+  if (!request && file == taken && !platform::isShortage(error)) {
+    putAside(taken, request.reason(), answer);
     return answer;
   }
   if (!request) {
@@ -116,10 +138,28 @@ Answer answerRequest(const FileURL &file, const FileURL &taken) {
     answer.failure = editor->publish(std::move(entries));
     answer.isPublished = !answer.failure;
   }
-  if (!answer.failure && unlink(taken.path().c_str()) != 0) {
-    answer.failure = withReason(taken, g_strerror(errno));
+  if (!answer.failure) {
+    answer.answered.emplace(open(taken.path().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   }
   return answer;
+}
+
+// Removes the request that was answered, unless another run has done so and has taken the next one.
+// Why it could not; none on success.
+std::optional<std::string> settle(const FileURL &directory, const FileURL &taken, int answered) {
+  const Result<ManifestLock> lock = ManifestLock::take(directory, manifestLockPatience);
+  if (!lock) {
+    return lock.reason();
+  }
+  // It is open, so that its number is no other file's.
+  struct stat own {};
+  struct stat there {};
+  if (fstat(answered, &own) != 0 || lstat(taken.path().c_str(), &there) != 0 ||
+      own.st_dev != there.st_dev || own.st_ino != there.st_ino) {
+    return std::nullopt;
+  }
+  return unlink(taken.path().c_str()) == 0 ? std::nullopt
+                                           : std::optional(withReason(taken, g_strerror(errno)));
 }
 
 }  // namespace
@@ -135,13 +175,18 @@ ExitStatus recoverWorkingCopies(Output &output) {
 
   ExitStatus status = exitDone;
   bool isPublished = false;
+  std::optional<FileDescriptor> answered;
   // A taken request was left by a run that did not come to its end. It comes first, because taking
-  // the next one would replace it.
+  // the next one replaces it.
   for (const FileURL &file : {taken, request}) {
     if (!entryExists(file.path())) {
       continue;
     }
-    const Answer answer = answerRequest(file, taken);
+    Answer answer = answerRequest(file, taken);
+    if (answer.answered) {
+      answered.reset();
+      answered.emplace(*std::move(answer.answered));
+    }
     if (answer.isPublished) {
       isPublished = true;
       for (const std::string &path : answer.recovered) {
@@ -160,7 +205,17 @@ ExitStatus recoverWorkingCopies(Output &output) {
   }
   if (isPublished) {
     announceManifest();
-  } else if (status == exitDone) {
+  } else {
+    announceManifestAgain();
+  }
+  // Last of all, so that no end of this program leaves a list that nobody was told of.
+  if (answered) {
+    if (const std::optional<std::string> failure = settle(*directory, taken, *answered)) {
+      printError(*failure);
+      status = exitFailed;
+    }
+  }
+  if (!isPublished && status == exitDone) {
     output.writeLine("nothing to recover");
   }
   return status;

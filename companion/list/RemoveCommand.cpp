@@ -58,17 +58,20 @@ ExitStatus removeWorkingCopies(const std::vector<std::string> &paths, Output &ou
         status = exitFailed;
       }
     }
-    if (removed.empty()) {
-      return status;
+    if (!removed.empty()) {
+      Array entries;
+      for (ListedEntry &candidate : listed) {
+        entries.push_back(std::move(candidate.entry));
+      }
+      if (const std::optional<std::string> reason = editor->publish(std::move(entries))) {
+        printError(*reason);
+        return exitFailed;
+      }
     }
-    Array entries;
-    for (ListedEntry &candidate : listed) {
-      entries.push_back(std::move(candidate.entry));
-    }
-    if (const std::optional<std::string> reason = editor->publish(std::move(entries))) {
-      printError(*reason);
-      return exitFailed;
-    }
+  }
+  if (removed.empty()) {
+    announceManifestAgain();
+    return status;
   }
   for (const std::string &path : removed) {
     output.writeLine("removed " + displayedPath(path));

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <fcntl.h>
 
-#include "companion/FileLock.h"
 #include "companion/PathText.h"
 #include "companion/subversion/AdministrativeDirectory.h"
+#include "platform/linux/FileLock.h"
 
 namespace companion {
 
@@ -26,7 +26,7 @@ Result<FileDescriptor> WorkingCopyLocks::take(const std::string &path) {
     return Result<FileDescriptor>::failure(place->second);
   }
   FileDescriptor file(open(joinedPath(folder, ".svn").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (file >= 0 && lockFile(file, patience) == EWOULDBLOCK) {
+  if (file >= 0 && platform::lockFile(file, patience) == EWOULDBLOCK) {
     const std::string reason =
         "another command is changing the properties in the working copy; try again when that is "
         "done";

@@ -5,8 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <glib.h>
+
 #include "platform/linux/FileDescriptor.h"
-#include "platform/linux/GLibHandles.h"
+#include "platform/linux/SpareDescriptor.h"
+#include "platform/linux/UnfinishedFile.h"
 
 namespace platform {
 
@@ -15,22 +18,30 @@ namespace {
 // More than any list of working copies needs; what is larger is not one of our files.
 constexpr off_t largestFile = 64 << 20;
 
-}  // namespace
+// What follows the name of a file that is being written. It begins like the file itself, by which
+// those that watch folders know the extension's own files.
+constexpr const char *unfinishedSuffix = ".unfinished";
 
-Result<std::string> readFile(const std::string &path) {
-  const auto failure = [](int error) { return Result<std::string>::failure(g_strerror(error)); };
+// In place of an error number.
+constexpr int notRegular = -1;
 
+// Its contents, or an error number in `error`.
+std::string contentsOfFile(const std::string &path, int &error) {
   // Not blocking, so that a FIFO in the file's place is an error and not a wait.
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const FileDescriptor file(
+      openWithSpareDescriptor(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat status {};
   if (file < 0 || fstat(file, &status) != 0) {
-    return failure(errno);
+    error = errno;
+    return {};
   }
   if (!S_ISREG(status.st_mode)) {
-    return Result<std::string>::failure("Not a regular file");
+    error = notRegular;
+    return {};
   }
   if (status.st_size > largestFile) {
-    return failure(EFBIG);
+    error = EFBIG;
+    return {};
   }
   std::string contents(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t length = 0;
@@ -40,7 +51,8 @@ Result<std::string> readFile(const std::string &path) {
       continue;
     }
     if (count < 0) {
-      return failure(errno);
+      error = errno;
+      return {};
     }
     if (count == 0) {
       break;
@@ -51,18 +63,32 @@ Result<std::string> readFile(const std::string &path) {
   return contents;
 }
 
-Outcome replaceFile(const std::string &path, std::string_view contents) {
-  ErrorHandle error;
-  if (g_file_set_contents_full(path.c_str(), contents.data(), static_cast<gssize>(contents.size()),
-                               static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT |
-                                                                  G_FILE_SET_CONTENTS_DURABLE),
-                               0600, ErrorOut(error)) != FALSE) {
-    return Done();
+}  // namespace
+
+Result<std::string> readFile(const std::string &path, int *error) {
+  int own = 0;
+  std::string contents = contentsOfFile(path, own);
+  returnSpareDescriptor();
+  if (error != nullptr) {
+    *error = own;
   }
-  // GLib's message names the path; what it says of the reason is the system's text.
-  const std::string message = error->message;
-  const std::size_t colon = message.rfind(": ");
-  return Outcome::failure(colon == std::string::npos ? message : message.substr(colon + 2));
+  if (own == 0) {
+    return contents;
+  }
+  return Result<std::string>::failure(own == notRegular ? "Not a regular file" : g_strerror(own));
+}
+
+bool isShortage(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOMEM;
+}
+
+Outcome replaceFile(const std::string &path, std::string_view contents) {
+  Result<UnfinishedFile> file = UnfinishedFile::write(path + unfinishedSuffix, contents);
+  if (!file) {
+    return Outcome::failure(file.reason());
+  }
+  const int error = (*file).replace(path);
+  return error == 0 ? Outcome(Done()) : Outcome::failure(g_strerror(error));
 }
 
 }  // namespace platform

@@ -8,6 +8,7 @@
 #include <glib.h>
 
 #include "platform/linux/DirectoryStream.h"
+#include "platform/linux/DurableDirectories.h"
 #include "platform/linux/TreeRemoval.h"
 #include "platform/linux/UserDirectories.h"
 
@@ -58,10 +59,8 @@ bool LinuxFileManager::fileExistsAtPath(const std::string &path) {
 }
 
 Outcome LinuxFileManager::createDirectoryWithIntermediates(const FileURL &url) {
-  if (g_mkdir_with_parents(url.path().c_str(), 0700) != 0) {
-    return Outcome::failure(g_strerror(errno));
-  }
-  return Done();
+  const int error = makeDurableDirectory(url.path());
+  return error == 0 ? Outcome(Done()) : Outcome::failure(g_strerror(error));
 }
 
 Outcome LinuxFileManager::visitContentsOfDirectory(

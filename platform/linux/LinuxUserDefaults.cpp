@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <cstdio>
 
-#include <glib.h>
-
+#include "platform/linux/AtomicFile.h"
 #include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/PropertyListCoding.h"
 #include "platform/linux/UserDirectories.h"
 
 namespace platform {
@@ -32,8 +32,7 @@ std::optional<PropertyList> LinuxUserDefaults::objectForKey(std::string_view key
   if (!directory) {
     return std::nullopt;
   }
-  const Result<Dictionary> defaults =
-      LinuxPropertyListFiles().dictionaryWithContentsOfURL(FileURL::fromPath(filePath(*directory)));
+  const std::optional<Dictionary> defaults = defaultsInFile(filePath(*directory));
   if (!defaults) {
     return std::nullopt;
   }
@@ -43,21 +42,32 @@ std::optional<PropertyList> LinuxUserDefaults::objectForKey(std::string_view key
 
 void LinuxUserDefaults::setObject(PropertyList value, std::string_view key) {
   const std::optional<std::string> directory = directoryPath();
-  if (!directory) {
+  if (!directory || !isKnown_) {
     return;
   }
   LinuxFileManager().createDirectoryWithIntermediates(FileURL::fromPath(*directory));
   const std::string path = filePath(*directory);
-  const FileURL url = FileURL::fromPath(path);
-  LinuxPropertyListFiles files;
-  const Result<Dictionary> earlier = files.dictionaryWithContentsOfURL(url);
-  if (!earlier && std::rename(path.c_str(), (path + ".unreadable").c_str()) != 0 &&
-      errno != ENOENT) {
+  std::optional<Dictionary> defaults = defaultsInFile(path);
+  if (!isKnown_ || (!defaults && std::rename(path.c_str(), (path + ".unreadable").c_str()) != 0 &&
+                    errno != ENOENT)) {
     return;  // it can be neither read nor put aside, so it stays
   }
-  Dictionary defaults = earlier ? *earlier : Dictionary();
-  defaults.insert_or_assign(std::string(key), std::move(value));
-  files.writeDictionary(defaults, url);
+  if (!defaults) {
+    defaults.emplace();
+  }
+  defaults->insert_or_assign(std::string(key), std::move(value));
+  LinuxPropertyListFiles().writeDictionary(*defaults, FileURL::fromPath(path));
+}
+
+std::optional<Dictionary> LinuxUserDefaults::defaultsInFile(const std::string &path) {
+  int error = 0;
+  const Result<std::string> contents = readFile(path, &error);
+  isKnown_ = !isShortage(error);
+  if (!contents) {
+    return std::nullopt;
+  }
+  const Result<Dictionary> defaults = dictionaryFromPropertyList(*contents);
+  return defaults ? std::optional(*defaults) : std::nullopt;
 }
 
 }  // namespace platform

@@ -1,7 +1,10 @@
 #include <atomic>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 #include "platform/linux/AtomicFile.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -71,6 +74,93 @@ TEST(AtomicFile, AReaderSeesTheOldOrTheNewFileAndNeverHalfOfOne) {
   writer.join();
   EXPECT_EQ(failures, 0);
   EXPECT_EQ(broken, 0);
+}
+
+TEST(AtomicFile, OfManyWritersNoneFailsAndEachFileIsOneOfTheirs) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file";
+  std::atomic<int> failures = 0;
+  std::vector<std::thread> writers;
+  for (const char letter : {'a', 'b', 'c', 'd'}) {
+    writers.emplace_back([&failures, &path, letter] {
+      for (std::size_t i = 1; i <= 25; ++i) {
+        failures += platform::replaceFile(path, std::string(1000 * i, letter)) ? 0 : 1;
+      }
+    });
+  }
+  for (std::thread &writer : writers) {
+    writer.join();
+  }
+  EXPECT_EQ(failures, 0);
+  const std::string contents = readFileForTest(path);
+  ASSERT_FALSE(contents.empty());
+  EXPECT_EQ(contents.size() % 1000, 0U);
+  EXPECT_EQ(contents, std::string(contents.size(), contents.front()));
+  EXPECT_EQ(entryCount(directory), 1);
+}
+
+TEST(AtomicFile, WhatAWriterThatWasEndedHasLeftIsTakenOver) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "file.unfinished", "a half that is longer than the next contents");
+  ASSERT_TRUE(platform::replaceFile(directory / "file", "new"));
+  EXPECT_EQ(readFileForTest(directory / "file"), "new");
+  EXPECT_EQ(modeOf(directory / "file"), 0600U);
+  EXPECT_EQ(entryCount(directory), 1);
+}
+
+TEST(AtomicFile, ALinkInTheWayIsRemovedAndWhatItLeadsToIsUntouched) {
+  const TemporaryDirectory directory;
+  const std::string other = directory / "other";
+  const std::string unfinished = directory / "file.unfinished";
+  writeFile(other, "another's");
+  std::filesystem::create_symlink(other, unfinished);
+  ASSERT_TRUE(platform::replaceFile(directory / "file", "one"));
+  EXPECT_EQ(readFileForTest(other), "another's");
+  std::filesystem::create_hard_link(other, unfinished);
+  ASSERT_TRUE(platform::replaceFile(directory / "file", "two"));
+  EXPECT_EQ(readFileForTest(other), "another's");
+  ASSERT_EQ(mkfifo(unfinished.c_str(), 0600), 0);
+  ASSERT_TRUE(platform::replaceFile(directory / "file", "three"));
+  EXPECT_EQ(readFileForTest(directory / "file"), "three");
+  EXPECT_EQ(entryCount(directory), 2);
+}
+
+TEST(AtomicFile, AFolderInTheWayIsAFailureAndStays) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "file", "old");
+  writeFile(directory / "file.unfinished/inner", "contents");
+  const platform::Outcome outcome = platform::replaceFile(directory / "file", "new");
+  ASSERT_FALSE(outcome);
+  EXPECT_EQ(outcome.reason(), "Is a directory");
+  EXPECT_EQ(readFileForTest(directory / "file"), "old");
+  EXPECT_EQ(readFileForTest(directory / "file.unfinished/inner"), "contents");
+}
+
+TEST(AtomicFile, ATargetThatIsALinkIsReplacedAndWhatItLedToStays) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "other", "another's");
+  std::filesystem::create_symlink(directory / "other", directory / "file");
+  ASSERT_TRUE(platform::replaceFile(directory / "file", "new"));
+  EXPECT_FALSE(std::filesystem::is_symlink(directory / "file"));
+  EXPECT_EQ(readFileForTest(directory / "file"), "new");
+  EXPECT_EQ(readFileForTest(directory / "other"), "another's");
+}
+
+TEST(AtomicFile, AWriterThatIsStoppedHoldsOthersUpForAShortTimeOnly) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "file", "old");
+  const std::string unfinished = directory / "file.unfinished";
+  writeFile(unfinished, "half");
+  const int stopped = open(unfinished.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(flock(stopped, LOCK_EX), 0);
+  const platform::Outcome outcome = platform::replaceFile(directory / "file", "new");
+  ASSERT_FALSE(outcome);
+  EXPECT_EQ(outcome.reason(), "Another program is writing it");
+  EXPECT_EQ(readFileForTest(unfinished), "half");
+  close(stopped);
+  EXPECT_TRUE(platform::replaceFile(directory / "file", "new"));
+  EXPECT_EQ(readFileForTest(directory / "file"), "new");
+  EXPECT_EQ(entryCount(directory), 1);
 }
 
 TEST(AtomicFile, ATargetThatCannotBeReplacedStaysAndNothingIsLeftBeside) {

@@ -63,15 +63,20 @@ int descriptorOfExtension(const PrivateBus &bus) {
 }  // namespace
 
 ExtensionSession::ExtensionSession(const Setup &setup)
-    : environment_(environmentBelow(directory_, setup)), bus_([&] {
-        writeServiceFile(setup);
-        return directory_ / "services";
-      }()) {}
+    : environment_(environmentBelow(directory_, setup)) {
+  writeServiceFile(setup);
+  bus_.emplace(directory_ / "services");
+}
+
+void ExtensionSession::replaceBus() {
+  bus_.reset();
+  bus_.emplace(directory_ / "services");
+}
 
 ExtensionSession::~ExtensionSession() {
   constexpr int patience = 30'000;  // milliseconds; only a broken extension takes them
-  const int extension = descriptorOfExtension(bus_);
-  bus_.stop();
+  const int extension = descriptorOfExtension(*bus_);
+  bus_->stop();
   if (extension >= 0) {
     pollfd ended{extension, POLLIN, 0};
     if (poll(&ended, 1, patience) != 1) {
@@ -114,12 +119,12 @@ std::string ExtensionSession::extensionProgram() {
 }
 
 pid_t ExtensionSession::extensionProcess() const {
-  return processOfExtension(bus_);
+  return processOfExtension(*bus_);
 }
 
 CommandOptions ExtensionSession::environment() const {
   CommandOptions options = environment_;
-  options.environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
+  options.environment["DBUS_SESSION_BUS_ADDRESS"] = bus_->address();
   options.unset.emplace_back("NO_COLOR");
   return options;
 }

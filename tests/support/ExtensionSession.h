@@ -4,6 +4,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -37,7 +38,10 @@ class ExtensionSession {
   // Everything of the session is below it.
   const TemporaryDirectory &directory() const { return directory_; }
   std::string operator/(std::string_view name) const { return directory_ / name; }
-  const PrivateBus &bus() const { return bus_; }
+  const PrivateBus &bus() const { return *bus_; }
+
+  // A new bus in the place of one that was killed; the session goes on with it.
+  void replaceBus();
 
   // Runs `halvern` in the session; `options` change its environment further.
   CommandResult halvern(const std::vector<std::string> &arguments,
@@ -61,5 +65,5 @@ class ExtensionSession {
 
   const TemporaryDirectory directory_;
   const CommandOptions environment_;
-  PrivateBus bus_;
+  std::optional<PrivateBus> bus_;
 };

@@ -172,3 +172,24 @@ TEST_F(CompanionRecover, TellsRunningExtensionsAlsoWhereALaterRequestCannotBeRea
   EXPECT_EQ(result.output, "recovered " + session_ / "one" + "\n");
   EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted; }));
 }
+
+TEST_F(CompanionRecover, TellsRunningExtensionsAlsoOfWhatAnEarlierRunHasPublished) {
+  const auto connection = session_.bus().connect();
+  platform::MainContextQueues queues;
+  platform::DBusNotificationCenter center(connection.get(), queues.mainQueue());
+  int posted = 0;
+  center.addObserver("com.morvane.finderSync.manifestUpdated", [&posted] { ++posted; });
+  EXPECT_EQ(session_.halvern({"recover"}).status, 0);
+  EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted == 1; }));
+  EXPECT_EQ(session_.halvern({"remove", session_ / "missing"}).status, 1);
+  EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted == 2; }));
+}
+
+TEST_F(CompanionRecover, SaysNothingOfTheBusWhereThereIsNothingToTell) {
+  CommandOptions options;
+  options.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent";
+  const CommandResult result = session_.halvern({"recover"}, options);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "nothing to recover\n");
+  EXPECT_EQ(result.errors, "");
+}

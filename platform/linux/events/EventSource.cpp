@@ -7,9 +7,12 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
+
+#include "platform/linux/AtomicFile.h"
 
 namespace platform {
 
@@ -37,13 +40,10 @@ int milliseconds(std::chrono::steady_clock::duration duration) {
 }  // namespace
 
 EventSource::EventSource(Settings settings)
-    : settings_(std::move(settings)),
-      stopDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      mountsDescriptor_(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)),
-      attemptPause_(firstAttemptPause) {}
+    : settings_(std::move(settings)), attemptPause_(firstAttemptPause) {}
 
 EventSource::~EventSource() {
-  for (const int descriptor : {stopDescriptor_, mountsDescriptor_}) {
+  for (const int descriptor : {stopDescriptor_.load(), mountsDescriptor_}) {
     if (descriptor >= 0) {
       close(descriptor);
     }
@@ -51,26 +51,48 @@ EventSource::~EventSource() {
 }
 
 bool EventSource::start() {
-  if (stopDescriptor_ < 0) {
+  openDescriptors();  // in time for whoever stops it at once; else the thread does it
+  try {
+    std::thread([self = shared_from_this()] {
+      pthread_setname_np(pthread_self(), "events");
+      self->run();
+    }).detach();
+  } catch (const std::system_error &) {
     return false;
   }
-  std::thread([self = shared_from_this()] {
-    pthread_setname_np(pthread_self(), "events");
-    self->run();
-  }).detach();
   return true;
 }
 
 void EventSource::stop() {
+  // In this order: a thread that has no descriptor yet looks again when it has one.
   isStopped_ = true;
-  eventfd_write(stopDescriptor_, 1);
+  if (const int descriptor = stopDescriptor_; descriptor >= 0) {
+    eventfd_write(descriptor, 1);
+  }
 }
 
 void EventSource::run() {
+  while (!isStopped_ && !openDescriptors()) {
+    putOffAttempt();
+    std::this_thread::sleep_until(nextAttempt_);
+  }
   while (!isStopped_) {
     turn();
   }
   trees_.reset();
+}
+
+// False if there are no descriptors for now, with the reason in errno.
+bool EventSource::openDescriptors() {
+  if (stopDescriptor_ < 0) {
+    stopDescriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  }
+  if (stopDescriptor_ >= 0 && mountsDescriptor_ < 0) {
+    mountsDescriptor_ = open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    // Without the process file system it goes on without it.
+    return mountsDescriptor_ >= 0 || !isShortage(errno);
+  }
+  return stopDescriptor_ >= 0;
 }
 
 void EventSource::turn() {
@@ -88,6 +110,9 @@ void EventSource::turn() {
     trees_->work(workSlice);
   } else if (wakeUp == WakeUp::events && waitForStop(readingPause)) {
     return;
+  }
+  if (trees_ != nullptr) {
+    dealWithPostponed();
   }
   if (!gathered_.isEmpty() && Clock::now() >= gathered_.first() + settings_.latency) {
     if (trees_ != nullptr) {
@@ -108,11 +133,34 @@ void EventSource::begin() {
     makeTrees(std::move(inotify));
     return;
   }
+  putOffAttempt();
+}
+
+// For the reason in errno.
+void EventSource::putOffAttempt() {
   if (attemptPause_ > firstAttemptPause) {
     settings_.log->noteNoInstance(errno);
   }
   nextAttempt_ = Clock::now() + attemptPause_;
   attemptPause_ = std::min(10 * attemptPause_, greatestAttemptPause);
+}
+
+// What has run out may be there again later, and nobody says when.
+void EventSource::dealWithPostponed() {
+  if (!trees_->hasPostponed()) {
+    if (!trees_->hasWork() && attemptPause_ > firstAttemptPause) {
+      attemptPause_ = firstAttemptPause;
+      settings_.log->noteListedFolders();
+    }
+  } else if (!isPutOff_) {
+    settings_.log->noteUnlistedFolders(trees_->errorOfPostponed());
+    nextAttempt_ = Clock::now() + attemptPause_;
+    attemptPause_ = std::min(10 * attemptPause_, greatestAttemptPause);
+    isPutOff_ = true;
+  } else if (Clock::now() >= nextAttempt_) {
+    trees_->takeUpPostponed();
+    isPutOff_ = false;
+  }
 }
 
 void EventSource::makeTrees(std::unique_ptr<Inotify> inotify) {
@@ -131,6 +179,7 @@ void EventSource::makeTrees(std::unique_ptr<Inotify> inotify) {
 void EventSource::loseTrees() {
   settings_.log->noteLostEvents();
   trees_.reset();
+  isPutOff_ = false;
   for (const std::string &rootPath : settings_.rootPaths) {
     gathered_.add(rootPath, rootPath, Clock::now());
   }
@@ -156,6 +205,9 @@ std::optional<EventSource::Clock::duration> EventSource::timeToNextStep() const 
     atTheLatest(now);
   } else if (trees_->isExpectingArrival()) {
     atTheLatest(now + readingPause);
+  }
+  if (isPutOff_) {
+    atTheLatest(nextAttempt_);
   }
   if (!gathered_.isEmpty()) {
     atTheLatest(gathered_.first() + settings_.latency);

@@ -36,11 +36,12 @@ class EventSource : public std::enable_shared_from_this<EventSource> {
   EventSource(const EventSource &) = delete;
   EventSource &operator=(const EventSource &) = delete;
 
-  // False if there is no means of stopping it. Without an instance of inotify it tries again from
-  // time to time. Once.
+  // False if there is no thread to be had. Without an instance of inotify, or without descriptors,
+  // it tries again from time to time. Once.
   bool start();
 
-  // From any thread. No callback begins after it; the thread ends by itself.
+  // From any thread. No callback begins after it; the thread ends by itself, which takes seconds if
+  // it has no descriptors yet.
   void stop();
 
  private:
@@ -48,8 +49,11 @@ class EventSource : public std::enable_shared_from_this<EventSource> {
   using Clock = std::chrono::steady_clock;
 
   void run();
+  bool openDescriptors();
   void turn();
   void begin();
+  void putOffAttempt();
+  void dealWithPostponed();
   void makeTrees(std::unique_ptr<Inotify> inotify);
   void loseTrees();
   void deliver();
@@ -60,15 +64,18 @@ class EventSource : public std::enable_shared_from_this<EventSource> {
   std::optional<Clock::duration> timeToNextStep() const;
 
   const Settings settings_;
-  const int stopDescriptor_;    // readable once stopped
-  const int mountsDescriptor_;  // exceptional when something has been mounted or unmounted
+  std::atomic<int> stopDescriptor_ = -1;  // readable once stopped; negative until there is one
   std::atomic<bool> isStopped_ = false;
+
+  // Of the thread alone. Exceptional when something has been mounted or unmounted.
+  int mountsDescriptor_ = -1;
 
   // Of the thread alone. Without trees there is no instance of inotify for now, and there is a time
   // for the next attempt at one.
   std::unique_ptr<WatchedTrees> trees_;
   Clock::time_point nextAttempt_;
   Clock::duration attemptPause_;
+  bool isPutOff_ = false;  // directories could not be listed, and are again at `nextAttempt_`
   GatheredPaths gathered_;
 };
 

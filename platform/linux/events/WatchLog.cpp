@@ -43,6 +43,23 @@ void WatchLog::noteInstance() {
   hasInstance_ = true;
 }
 
+void WatchLog::noteUnlistedFolders(int error) {
+  {
+    const LockGuard guard(lock_);
+    if (!std::exchange(listsFolders_, false)) {
+      return;
+    }
+  }
+  log_->write(LogLevel::error,
+              "Not all folders can be looked into for now: {}. It is tried again until they can.",
+              {publicArgument(g_strerror(error))});
+}
+
+void WatchLog::noteListedFolders() {
+  const LockGuard guard(lock_);
+  listsFolders_ = true;
+}
+
 void WatchLog::noteLostEvents() {
   log_->write(LogLevel::standard,
               "The kernel has lost events, so every working copy counts as changed.", {});

@@ -22,6 +22,11 @@ class WatchLog {
   void noteNoInstance(int error) KTR_EXCLUDES(lock_);
   void noteInstance() KTR_EXCLUDES(lock_);
 
+  // Folders cannot be looked into for now, for the reason in errno's value `error`. Said once until
+  // `noteListedFolders`.
+  void noteUnlistedFolders(int error) KTR_EXCLUDES(lock_);
+  void noteListedFolders() KTR_EXCLUDES(lock_);
+
   // The kernel's queue was full.
   void noteLostEvents();
 
@@ -30,6 +35,7 @@ class WatchLog {
   Lock lock_;
   std::uint64_t lastLimit_ KTR_GUARDED_BY(lock_) = 0;
   bool hasInstance_ KTR_GUARDED_BY(lock_) = true;
+  bool listsFolders_ KTR_GUARDED_BY(lock_) = true;
 };
 
 }  // namespace platform

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/AtomicFile.h"
 #include "platform/linux/DirectoryStream.h"
 
 namespace platform {
@@ -304,9 +305,14 @@ void WatchedTrees::work(std::chrono::steady_clock::duration duration) {
       list(*directory, next.isNew);
     }
   }
-  if (unlisted_.empty()) {
+  if (unlisted_.empty() && postponed_.empty()) {
     announceRoots();
   }
+}
+
+void WatchedTrees::takeUpPostponed() {
+  unlisted_.insert(unlisted_.end(), postponed_.begin(), postponed_.end());
+  postponed_.clear();
 }
 
 void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
@@ -314,6 +320,11 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
   const std::string path = trees_.path(directory);
   const DirectoryStream stream = openDirectory(
       AT_FDCWD, path.c_str(), directory.parent == nullptr ? LastLink::follow : LastLink::refuse);
+  if (stream == nullptr && isShortage(errno)) {
+    errorOfPostponed_ = errno;
+    postponed_.push_back({directory.tree, directory.watch, isNew});
+    return;
+  }
   // The path may lead somewhere else by now. What was opened and what is watched is the same
   // directory if it has the same watch. (Without the process file system that cannot be known.)
   const std::string openedPath = stream == nullptr ? "" : pathOfOpen(stream.get());

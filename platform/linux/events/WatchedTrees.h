@@ -66,8 +66,14 @@ class WatchedTrees {
   // Directories are still to be listed, or roots to be reported. Not as long as a directory is
   // expected to arrive: it may be one of these, and has no path.
   bool hasWork() const {
-    return !isExpectingArrival() && (!unlisted_.empty() || isAnnouncementDue_);
+    return !isExpectingArrival() && (!unlisted_.empty() || (isAnnouncementDue_ && !hasPostponed()));
   }
+
+  // Directories could not be listed, because something has run out for now, such as descriptors;
+  // the system's error number of the last one. They are left until `takeUpPostponed`.
+  bool hasPostponed() const { return !postponed_.empty(); }
+  int errorOfPostponed() const { return errorOfPostponed_; }
+  void takeUpPostponed();
 
   // Requires work. Lists directories for about as long; then, if none are left, reports each root
   // whose watches all stand now: what changed before is not known otherwise.
@@ -138,6 +144,8 @@ class WatchedTrees {
   DirectoryTrees trees_;
   std::uint64_t watchCount_ = 0;
   std::deque<Unlisted> unlisted_;
+  std::vector<Unlisted> postponed_;
+  int errorOfPostponed_ = 0;
   bool isAnnouncementDue_ = true;
 
   // Of each ".svn" that is known to have changed and whose writer is not slowed down any more.

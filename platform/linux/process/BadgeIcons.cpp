@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <utime.h>
 
-#include <glib.h>
-
 #include "extension/BadgeCatalogue.h"
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/DurableDirectories.h"
 #include "platform/linux/UserDirectories.h"
 #include "platform/linux/drawing/PngFile.h"
 #include "platform/linux/drawing/SymbolArtwork.h"
@@ -47,7 +46,7 @@ bool writeFileIfItDiffers(const std::string &directory, const std::string &name,
   if (earlier && *earlier == contents) {
     return false;
   }
-  return !contents.empty() && g_mkdir_with_parents(directory.c_str(), 0700) == 0 &&
+  return !contents.empty() && platform::makeDurableDirectory(directory) == 0 &&
          platform::replaceFile(path, contents);
 }
 

@@ -11,6 +11,7 @@
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/SpareDescriptor.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxUUIDs.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
@@ -109,6 +110,7 @@ LinuxServices &startedServices() {
 
 void startProcessServices(GDBusConnection *connection, FinderSyncService &service,
                           const platform::Spawner &spawner) {
+  platform::keepSpareDescriptor();
   started = new LinuxServices(connection, service, spawner);  // NOLINT: see above
 }
 

@@ -1,4 +1,5 @@
 // Asking in a terminal.
+#include <csignal>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,9 @@ class TerminalConversation : public testing::Test {
 
   OpenSession session;
 };
+
+// Kills the program that has started this editor through a shell.
+const std::string killProgram = "read -r _ _ _ program _ < /proc/$PPID/stat\nkill -9 $program\n";
 
 }  // namespace
 
@@ -153,12 +157,12 @@ TEST_F(TerminalConversation, LeavesWhatTheEditorMadeOfTheFileWhereItCannotBeRead
   session.set("EDITOR", session.install("move", "mv \"$1\" \"$1.old\"\nmkfifo \"$1\"\n"));
   const CommandResult result = committed();
   EXPECT_EQ(result.status, 1);
-  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
-  const std::string folder = session.temporaryFiles().front();
-  EXPECT_EQ(result.output, "halvern: the message: " + folder +
-                               "/commit message.txt: Not a regular file; what was written is left "
-                               "in " +
-                               folder + "\n");
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  const std::string folder = session.keptMessages().front();
+  EXPECT_THAT(result.output,
+              EndsWith("/commit message.txt: Not a regular file; what was written is left in " +
+                       folder + "\n"));
+  EXPECT_THAT(folder, HasSubstr("/commit-message-"));
   EXPECT_THAT(readFileForTest(folder + "/commit message.txt.old"), HasSubstr("/wc/a\n"));
 }
 
@@ -166,10 +170,62 @@ TEST_F(TerminalConversation, LeavesAMessageThatIsTooLarge) {
   session.set("EDITOR", session.install("large", "truncate -s 1G \"$1\"\n"));
   const CommandResult result = committed();
   EXPECT_EQ(result.status, 1);
-  ASSERT_THAT(session.temporaryFiles(), SizeIs(1));
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
   EXPECT_THAT(result.output, HasSubstr("commit message.txt: File too large; what was written is "
                                        "left in " +
-                                       session.temporaryFiles().front()));
+                                       session.keptMessages().front()));
+}
+
+TEST_F(TerminalConversation, KeepsWhatWasWrittenBeforeThisProgramWasKilled) {
+  session.set("EDITOR", session.install("kill", "echo 'Fix it' > \"$1\"\n" + killProgram));
+  EXPECT_EQ(committed().status, 128 + SIGKILL);
+  session.set("EDITOR", "/bin/true");
+  const CommandResult result = committed();
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  const std::string folder = session.keptMessages().front();
+  EXPECT_EQ(result.output, "halvern: what was written before this program was ended is kept in " +
+                               folder + "\nnothing was committed\n");
+  EXPECT_EQ(readFileForTest(folder + "/commit message.txt"), "Fix it\n");
+  EXPECT_EQ(committed().output, "nothing was committed\n") << "it is said once";
+  EXPECT_THAT(session.keptMessages(), SizeIs(1));
+}
+
+TEST_F(TerminalConversation, KeepsWhatAnEditorHasSavedBesideTheFileWhenAllWasKilled) {
+  session.set("EDITOR", session.install("kill", "echo 'Fix it' > \"$1.save\"\n" + killProgram));
+  committed();
+  session.set("EDITOR", "/bin/true");
+  committed();
+  ASSERT_THAT(session.keptMessages(), SizeIs(1));
+  EXPECT_EQ(readFileForTest(session.keptMessages().front() + "/commit message.txt.save"),
+            "Fix it\n");
+}
+
+TEST_F(TerminalConversation, RemovesTheNextTimeWhatWasLeftWithoutAMessage) {
+  session.set("EDITOR", session.install("kill", killProgram));
+  EXPECT_EQ(committed().status, 128 + SIGKILL);
+  EXPECT_EQ(committed().status, 128 + SIGKILL);
+  EXPECT_THAT(session.keptMessages(), SizeIs(1)) << "the second has removed what the first left";
+  session.set("EDITOR", "/bin/true");
+  EXPECT_EQ(committed().output, "nothing was committed\n");
+  EXPECT_THAT(session.keptMessages(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, LeavesAMessageAloneThatAnotherRunHasInItsEditor) {
+  session.set("EDITOR", session.install("wait", "echo 'Fix it' > \"$1\"\necho begun\nread line\n"));
+  PseudoTerminal other(session.command(session.leave("commit", {"/wc/a"})), session.environment());
+  EXPECT_TRUE(other.waitFor("begun"));
+  session.set("EDITOR", "/bin/true");
+  EXPECT_EQ(committed().output, "nothing was committed\n");
+  other.type("\n");
+  EXPECT_THAT(other.waitForEnd().output, HasSubstr("committed <Fix it>\n"));
+  EXPECT_THAT(session.keptMessages(), IsEmpty());
+}
+
+TEST_F(TerminalConversation, TakesTheMessageAlsoWhereThereIsNoPlaceForKeptOnes) {
+  writeFile(session / "state", "in the way");
+  session.set("EDITOR", session.install("write", "echo 'Fix it' > \"$1\"\n"));
+  EXPECT_EQ(committed().output, "committed <Fix it>\n");
+  EXPECT_THAT(session.temporaryFiles(), IsEmpty());
 }
 
 TEST_F(TerminalConversation, LeavesNothingOfAFileThatTheEditorHasDeleted) {

@@ -1,10 +1,10 @@
-#include "companion/FileLock.h"
+#include "platform/linux/FileLock.h"
 
 #include <cerrno>
 #include <sys/file.h>
 #include <thread>
 
-namespace companion {
+namespace platform {
 
 namespace {
 
@@ -26,4 +26,4 @@ int lockFile(int descriptor, std::chrono::milliseconds patience) {
   return 0;
 }
 
-}  // namespace companion
+}  // namespace platform
