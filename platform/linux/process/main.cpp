@@ -11,6 +11,7 @@
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
+#include "platform/linux/process/guard/SessionBus.h"
 
 namespace {
 
@@ -41,8 +42,7 @@ int run() {
   using namespace platform;
 
   ErrorHandle error;
-  const ObjectHandle<GDBusConnection> connection(
-      g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, ErrorOut(error)));
+  const ObjectHandle<GDBusConnection> connection(connectToSessionBus(error));
   if (connection == nullptr) {
     return fail(std::string("The session bus cannot be reached: ") + error->message);
   }
