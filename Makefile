@@ -46,7 +46,7 @@ check-long:
 	@JOBS=$(JOBS) tools/check-long
 
 bench: deps
-	@$(call build,release,extension_bench growth_bench start_bench memory_bench scan_bench watch_bench file_manager_bench)
+	@$(call build,release,extension_bench growth_bench hostile_bench start_bench memory_bench scan_bench watch_bench file_manager_bench)
 	@tools/bench "$(RELEASE)" $(if $(LONG),1000 10000 100000 1000000)
 
 contact-sheet: deps

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "tests/support/EnvironmentVariable.h"
+
 using platform::ErrorHandle;
 using platform::ErrorOut;
 using platform::ObjectHandle;
@@ -12,6 +14,7 @@ PrivateBus::PrivateBus(const std::string &serviceDirectory)
   if (!serviceDirectory.empty()) {
     g_test_dbus_add_service_dir(bus_.get(), serviceDirectory.c_str());
   }
+  const EnvironmentVariable daemon("G_TEST_DBUS_DAEMON", BUS_DAEMON);
   g_test_dbus_up(bus_.get());
 }
 

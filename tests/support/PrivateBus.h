@@ -1,4 +1,5 @@
-// A session bus of the test's own, on which nothing is activated but what the test says.
+// A session bus of the test's own, with the limits of a real one, on which nothing is activated but
+// what the test says.
 #pragma once
 
 #include <string>

@@ -62,11 +62,47 @@ TEST(BadgeAnswers, WhatOneMessageCannotCarryIsSpreadOverSeveral) {
 
 TEST(BadgeAnswers, AnAnswerIsAwaitedUntilItIsSet) {
   BadgeAnswers answers;
-  EXPECT_FALSE(answers.isAwaited());
+  EXPECT_EQ(answers.awaitedCount(), 0U);
   answers.noteRequest(":1.1", "file:///a");
-  EXPECT_TRUE(answers.isAwaited());
+  answers.noteRequest(":1.2", "file:///a");
+  EXPECT_EQ(answers.awaitedCount(), 2U);
   answers.setBadge("", "file:///a");
-  EXPECT_FALSE(answers.isAwaited());
+  answers.setBadge("", "file:///b");
+  EXPECT_EQ(answers.awaitedCount(), 1U);
+}
+
+TEST(BadgeAnswers, TheAnswerOfAClientThatHasLeftIsNeitherTheNextOnesNorAChange) {
+  BadgeAnswers answers;
+  answers.noteRequest(":1.1", "file:///a");
+  answers.noteRequest(":1.2", "file:///a");
+  answers.noteRequest(":1.1", "file:///a");
+  answers.forgetClient(":1.1");
+  EXPECT_TRUE(answers.setBadge("added", "file:///a"));
+  EXPECT_THAT(answers.takeMessages(), IsEmpty());
+  EXPECT_TRUE(answers.setBadge("modified", "file:///a"));
+  EXPECT_TRUE(answers.setBadge("deleted", "file:///a"));
+  EXPECT_THAT(answers.takeMessages(), ElementsAre(message(":1.2", {{"file:///a", "modified"}})));
+  EXPECT_FALSE(answers.setBadge("locked", "file:///a"));
+  EXPECT_THAT(answers.takeMessages(), ElementsAre(message("", {{"file:///a", "locked"}})));
+}
+
+TEST(BadgeAnswers, NothingIsToldToAClientThatHasLeft) {
+  BadgeAnswers answers;
+  for (const char *client : {":1.1", ":1.2"}) {
+    answers.noteRequest(client, "file:///a");
+    answers.setBadge("added", "file:///a");
+  }
+  answers.forgetClient(":1.1");
+  EXPECT_THAT(answers.takeMessages(), ElementsAre(message(":1.2", {{"file:///a", "added"}})));
+}
+
+TEST(BadgeAnswers, RequestsOfAClientThatHasLeftAreAwaitedUntilTheirAnswersAreSet) {
+  BadgeAnswers answers;
+  answers.noteRequest(":1.1", "file:///a");
+  answers.forgetClient(":1.1");
+  EXPECT_EQ(answers.awaitedCount(), 1U);
+  answers.setBadge("", "file:///a");
+  EXPECT_EQ(answers.awaitedCount(), 0U);
 }
 
 TEST(BadgeAnswers, WhatWasTakenIsNotTakenAgain) {

@@ -24,12 +24,6 @@ Variables quietVariables() {
       {"DBUS_SESSION_BUS_ADDRESS", bus ? *bus : "unix:path=/dev/null"},
       // The C library's converters between character sets are loaded from there.
       {"GCONV_PATH", std::nullopt},
-      // Modules of what the Subversion library brings along for servers, which are never asked.
-      {"OPENSSL_CONF", std::nullopt},
-      {"OPENSSL_ENGINES", std::nullopt},
-      {"OPENSSL_MODULES", std::nullopt},
-      {"SASL_PATH", std::nullopt},
-      {"SASL_CONF_PATH", std::nullopt},
   };
 }
 

@@ -1,22 +1,42 @@
 #include "platform/linux/process/BadgeAnswers.h"
 
+#include <algorithm>
+
+namespace {
+
+// Where the badges are gathered that nobody asked for.
+constexpr const char *everyone = "";
+
+}  // namespace
+
 void BadgeAnswers::noteRequest(const std::string &client, const std::string &urlText) {
   waiting_[urlText].push_back(client);
+  ++awaitedCount_;
+}
+
+void BadgeAnswers::forgetClient(const std::string &client) {
+  for (auto &[url, clients] : waiting_) {
+    std::replace(clients.begin(), clients.end(), client, std::string());
+  }
+  gathered_.erase(client);
 }
 
 bool BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlText) {
-  std::string client;
   const auto found = waiting_.find(urlText);
-  const bool isAnswer = found != waiting_.end();
-  if (isAnswer) {
-    client = std::move(found->second.front());
-    found->second.pop_front();
-    if (found->second.empty()) {
-      waiting_.erase(found);
-    }
+  if (found == waiting_.end()) {
+    gathered_[everyone].emplace_back(urlText, identifier);
+    return false;
   }
-  gathered_[client].emplace_back(urlText, identifier);
-  return isAnswer;
+  const std::string client = std::move(found->second.front());
+  found->second.pop_front();
+  if (found->second.empty()) {
+    waiting_.erase(found);
+  }
+  --awaitedCount_;
+  if (!client.empty()) {
+    gathered_[client].emplace_back(urlText, identifier);
+  }
+  return true;
 }
 
 std::vector<BadgeAnswers::Message> BadgeAnswers::takeMessages() {

@@ -1,7 +1,8 @@
 // Who asked for which badge, and what is still to be told to whom.
 //
 // Every badge that the extension sets answers the oldest unanswered request for that url's text;
-// where there is none it is a change, for everyone. Confined to the main thread.
+// where there is none it is a change, for everyone. What a client that has left had asked for is
+// answered like any other request, and goes nowhere. Confined to the main thread.
 #pragma once
 
 #include <deque>
@@ -31,15 +32,19 @@ class BadgeAnswers {
   // Whether somebody had asked for it.
   bool setBadge(std::string_view identifier, const std::string &urlText);
 
-  // Whether a badge is awaited by somebody.
-  bool isAwaited() const { return !waiting_.empty(); }
+  // How many requests have no answer yet, those of clients that have left among them.
+  std::size_t awaitedCount() const { return awaitedCount_; }
+
+  // The client has left: there is nothing more to be told to it.
+  void forgetClient(const std::string &client);
 
   // All that was set since the last call, for each client and for everyone in as few messages as
   // can be, of which each is small enough for the bus.
   std::vector<Message> takeMessages();
 
  private:
-  // The clients that wait for a url, in the order in which they asked.
+  // The clients that wait for a url, in the order in which they asked; "" for one that has left.
   std::unordered_map<std::string, std::deque<std::string>> waiting_;
+  std::size_t awaitedCount_ = 0;
   std::map<std::string, Badges> gathered_;
 };

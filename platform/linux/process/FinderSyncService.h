@@ -2,6 +2,7 @@
 // show goes out. Confined to the main thread.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "platform/FinderSync.h"
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/process/BadgeAnswers.h"
+#include "platform/linux/process/ClientRequests.h"
 #include "platform/linux/process/MenuRequest.h"
 #include "platform/linux/process/SpareMemory.h"
 
@@ -28,9 +30,10 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   // Asks for the well-known name, once and without queueing. Waits for the bus.
   NameRequest requestName(std::string &reason);
 
-  // Whom the requests go to. Must be set before the main loop turns for the first time.
+  // Whom the requests go to. Must be set once the object is exported, before the main loop turns
+  // for the first time.
   void setPrincipalObject(platform::FIFinderSync &principalObject) {
-    principalObject_ = &principalObject;
+    requests_->setPrincipalObject(principalObject);
   }
 
   void setDirectoryURLs(const platform::FileURLSet &directoryURLs) override;
@@ -45,8 +48,6 @@ class FinderSyncService final : public platform::FIFinderSyncController {
   const std::string &activationToken() const { return menuRequest_.activationToken; }
 
  private:
-  struct Handlers;
-
   // What the bus is told of a badge that has an image.
   struct Badge {
     std::string identifier;
@@ -54,20 +55,20 @@ class FinderSyncService final : public platform::FIFinderSyncController {
     std::string iconName;
   };
 
-  void connectHandlers();
-  void requestBadges(const char *client, const std::vector<platform::FileURL> &urls);
   // Whether more badges are likely to follow at once: answers that are awaited, or, in a change,
   // the other items and the folders above them.
   void sendSoon(bool expectsMore);
+  void stopWaitingToSend();
   void sendMessages();
 
   const platform::ObjectHandle<HalvernFinderSync1> skeleton_;
   platform::ObjectHandle<GDBusConnection> connection_;
-  platform::FIFinderSync *principalObject_ = nullptr;
   std::vector<Badge> badges_;  // in order of registration
   BadgeAnswers answers_;
   MenuRequest menuRequest_;
   SpareMemory spareMemory_;
-  guint sendSource_ = 0;      // 0 while nothing is to be sent
-  bool isGathering_ = false;  // whether that source waits for more
+  std::optional<ClientRequests> requests_;
+  // Sources that send what is gathered; 0 while there are none.
+  guint latestSend_ = 0;
+  guint idleSend_ = 0;
 };

@@ -1,7 +1,5 @@
 #include "platform/linux/process/MenuRequest.h"
 
-#include "platform/linux/process/RequestArguments.h"
-
 using platform::ErrorHandle;
 using platform::VariantHandle;
 
@@ -32,20 +30,11 @@ std::optional<std::string> tokenFromPlatformData(GVariant *platformData, ErrorHa
 
 }  // namespace
 
-std::optional<MenuRequest> menuRequestFromArguments(GDBusMethodInvocation *invocation,
-                                                    const char *const *selected,
+std::optional<MenuRequest> menuRequestFromArguments(const URLArguments &selected,
                                                     const char *targeted, GVariant *platformData,
                                                     ErrorHandle &error) {
-  error = checkCallSize(invocation);
-  if (error) {
-    return std::nullopt;
-  }
-  auto urls = urlsFromArgument(selected, error);
-  if (!urls) {
-    return std::nullopt;
-  }
   MenuRequest request;
-  request.selected = *std::move(urls);
+  request.selected = selected.all();
   if (*targeted != '\0') {
     request.targeted = urlFromArgument(targeted, error);
   }

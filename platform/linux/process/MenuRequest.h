@@ -7,6 +7,7 @@
 
 #include "platform/FileURL.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/process/RequestArguments.h"
 
 struct MenuRequest {
   std::vector<platform::FileURL> selected;
@@ -14,9 +15,8 @@ struct MenuRequest {
   std::string activationToken;  // empty for none
 };
 
-// None and the error to answer with if something in the call is not valid. An empty `targeted`
-// means none; `platformData` may be null.
-std::optional<MenuRequest> menuRequestFromArguments(GDBusMethodInvocation *invocation,
-                                                    const char *const *selected,
+// None and the error to answer with if something in the call is not valid. `selected` has been
+// checked; an empty `targeted` means none; `platformData` may be null.
+std::optional<MenuRequest> menuRequestFromArguments(const URLArguments &selected,
                                                     const char *targeted, GVariant *platformData,
                                                     platform::ErrorHandle &error);

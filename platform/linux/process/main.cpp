@@ -16,6 +16,7 @@
 #include "platform/linux/desktop/ApplicationLaunch.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
+#include "platform/linux/process/guard/SessionBus.h"
 #include "platform/linux/spawner/Spawner.h"
 
 namespace {
@@ -68,8 +69,7 @@ int run(const platform::Spawner &spawner) {
   makeEnvironmentQuiet();
 
   ErrorHandle error;
-  const ObjectHandle<GDBusConnection> connection(
-      g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, ErrorOut(error)));
+  const ObjectHandle<GDBusConnection> connection(connectToBus(*address, error));
   if (connection == nullptr) {
     return fail(std::string("The session bus cannot be reached: ") + error->message);
   }

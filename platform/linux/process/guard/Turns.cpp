@@ -1,0 +1,34 @@
+#include "platform/linux/process/guard/Turns.h"
+
+#include <algorithm>
+#include <utility>
+
+void Turns::add(const std::string &client, Step step) {
+  std::deque<Step> &steps = work_[client];
+  if (steps.empty()) {
+    order_.push_back(client);
+  }
+  steps.push_back(std::move(step));
+}
+
+void Turns::takeOne() {
+  std::string client = std::move(order_.front());
+  order_.pop_front();
+  // What the step adds goes to the end of a queue, and references to what is in it stay good.
+  const bool hasMore = work_.find(client)->second.front()();
+  const auto work = work_.find(client);
+  if (!hasMore) {
+    work->second.pop_front();
+  }
+  if (work->second.empty()) {
+    work_.erase(work);
+  } else {
+    order_.push_back(std::move(client));
+  }
+}
+
+void Turns::forget(const std::string &client) {
+  if (work_.erase(client) != 0) {
+    order_.erase(std::find(order_.begin(), order_.end(), client));
+  }
+}

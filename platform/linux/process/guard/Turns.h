@@ -1,0 +1,28 @@
+// Work of several clients, a step of each in turn: whoever has little to do is not kept waiting by
+// whoever has much. The work of one client is done in the order in which it came. For one thread.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <string>
+#include <unordered_map>
+
+class Turns {
+ public:
+  // Does a little of a piece of work. Whether there is more of it to do.
+  using Step = std::function<bool()>;
+
+  void add(const std::string &client, Step step);
+  bool isEmpty() const { return order_.empty(); }
+
+  // One step of the client whose turn it is. The step may add work, for anybody.
+  void takeOne();
+
+  // Drops all work of the client. Not to be called by a step.
+  void forget(const std::string &client);
+
+ private:
+  std::unordered_map<std::string, std::deque<Step>> work_;
+  std::deque<std::string> order_;  // of the clients that have work
+};
