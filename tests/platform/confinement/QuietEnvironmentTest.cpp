@@ -29,7 +29,6 @@ TEST(QuietEnvironment, HasNothingInItThatIsLoadedOrRun) {
   const EnvironmentVariable files("GIO_USE_VFS", "hostile");
   const EnvironmentVariable launcher("GIO_LAUNCH_DESKTOP", "/hostile");
   const EnvironmentVariable converters("GCONV_PATH", std::nullopt);
-  const EnvironmentVariable engines("OPENSSL_CONF", "/hostile");
   const EnvironmentVariable own("HOME", "/home/user");
 
   const platform::Variables earlier = platform::makeEnvironmentQuiet();
@@ -40,7 +39,6 @@ TEST(QuietEnvironment, HasNothingInItThatIsLoadedOrRun) {
   EXPECT_EQ(valueOf("GIO_USE_VFS"), "local");
   EXPECT_EQ(valueOf("GIO_LAUNCH_DESKTOP"), "not set");
   EXPECT_EQ(valueOf("GCONV_PATH"), "not set");
-  EXPECT_EQ(valueOf("OPENSSL_CONF"), "not set");
   EXPECT_EQ(valueOf("HOME"), "/home/user");
   EXPECT_THAT(earlier, Contains(Pair("GIO_EXTRA_MODULES", "/hostile")));
   EXPECT_THAT(earlier, Contains(Pair("GCONV_PATH", std::nullopt)));
