@@ -48,8 +48,8 @@ class Queues {
   virtual std::shared_ptr<Queue> makeSerialQueue(const std::string &label) = 0;
 
   // The queue of the thread that runs the process's main loop. It comes before what is asked of the
-  // process from outside, so a block that adds another one each time it runs keeps everybody waiting:
-  // work of any length is for a queue of its own.
+  // process from outside, so a block that adds another one each time it runs keeps everybody
+  // waiting: work of any length is for a queue of its own.
   virtual Queue &mainQueue() = 0;
 };
 
