@@ -38,7 +38,7 @@ constexpr int workingCopyCount = 4;
 constexpr int longestWait = 60'000;  // microseconds
 
 // Programs that run as the extension's process or beneath it.
-const std::vector<std::string> extensionPrograms = {"halvern-finder-sync"};
+const std::vector<std::string> extensionPrograms = {"halvern-finder-sync", "halvern-status-worker"};
 
 unsigned long numberInEnvironment(const char *name, unsigned long otherwise) {
   const char *text = std::getenv(name);

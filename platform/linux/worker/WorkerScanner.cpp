@@ -98,7 +98,7 @@ class WorkerScanner::OneScan {
     if (!message || isAtEnd_) {
       return end(Result::endedByRoot, notUnderstood);
     }
-    return std::visit([this](const auto &contents) { return take(contents); }, *message);
+    return std::visit([this](const auto &contents) { return this->take(contents); }, *message);
   }
 
   std::optional<Result> take(const ScanReports &reports) {
