@@ -12,13 +12,14 @@ cmake --preset $(1) > build/$(1)-configure.log 2>&1 || { cat build/$(1)-configur
 cmake --build --preset $(1) $(if $(2),--target $(2)) -- -j$(JOBS)
 endef
 
-.PHONY: help deps run test check-long bench contact-sheet screenshots install package format lint clean
+.PHONY: help deps run test check-long fuzz bench contact-sheet screenshots install package format lint clean
 
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
 	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
 	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
+	@echo "make fuzz             try what is read from outside with made-up input, a minute each"
 	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make bench LONG=1     the same on up to a million files"
 	@echo "make contact-sheet    draw the badges' icons into docs/images/badges.png"
@@ -44,6 +45,9 @@ test: deps
 check-long:
 	@tools/install-dependencies file-managers debhelper lintian
 	@JOBS=$(JOBS) tools/check-long
+
+fuzz: deps
+	@JOBS=$(JOBS) tools/fuzz
 
 bench: deps
 	@$(call build,release,extension_bench growth_bench hostile_bench start_bench memory_bench scan_bench watch_bench file_manager_bench)

@@ -187,7 +187,8 @@ class BinaryCheck {
     state.progress = Progress::open;
     std::uint64_t position = 0;
     std::uint64_t references = 0;
-    if (!readContainer(object, position, references)) {
+    std::uint64_t keys = 0;
+    if (!readContainer(object, position, references, keys)) {
       return 0;
     }
     std::uint64_t size = 1;
@@ -196,7 +197,7 @@ class BinaryCheck {
       const std::uint64_t child = number(position + i * referenceWidth_, referenceWidth_);
       const std::uint32_t childSize = expandedSizeOf(child, level + 1);
       size += childSize;
-      if (childSize == 0 || size > greatestPropertyListSize) {
+      if (childSize == 0 || size > greatestPropertyListSize || (i < keys && !isKey(child))) {
         return 0;
       }
       depth = std::max(depth, 1U + states_[child].depth);
@@ -205,11 +206,18 @@ class BinaryCheck {
     return state.size;
   }
 
-  // Where an object's references to others begin, and how many they are; none but for containers.
-  bool readContainer(std::uint64_t object, std::uint64_t &position,
-                     std::uint64_t &references) const {
-    position = number(offsetTable_ + object * offsetWidth_, offsetWidth_);
+  // Where an object's marker is.
+  std::uint64_t positionOf(std::uint64_t object) const {
+    return number(offsetTable_ + object * offsetWidth_, offsetWidth_);
+  }
+
+  // Where an object's references to others begin, how many they are, and how many of them are to
+  // keys, which come first; none but for containers.
+  bool readContainer(std::uint64_t object, std::uint64_t &position, std::uint64_t &references,
+                     std::uint64_t &keys) const {
+    position = positionOf(object);
     references = 0;
+    keys = 0;
     if (position < binaryMagic.size() || position >= offsetTable_) {
       return false;
     }
@@ -226,8 +234,29 @@ class BinaryCheck {
     if (references > offsetTable_ || position > offsetTable_) {
       return false;
     }
-    references *= isDictionary ? 2 : 1;
+    keys = isDictionary ? references : 0;
+    references += keys;
     return references <= (offsetTable_ - position) / referenceWidth_;
+  }
+
+  // A text without null characters, at which libplist would end the process. The object's marker is
+  // in the file.
+  bool isKey(std::uint64_t object) const {
+    std::uint64_t position = positionOf(object);
+    const auto marker = static_cast<unsigned char>(bytes_[position++]);
+    const unsigned kind = marker >> 4;
+    const std::uint64_t width = kind == 0x5 ? 1 : 2;  // of a character, in bytes
+    std::uint64_t length = marker & 0xF;
+    if ((kind != 0x5 && kind != 0x6) || (length == 0xF && !readLongCount(position, length)) ||
+        length > (offsetTable_ - position) / width) {
+      return false;
+    }
+    for (std::uint64_t i = 0; i < length; ++i) {
+      if (number(position + i * width, width) == 0) {
+        return false;
+      }
+    }
+    return true;
   }
 
   // A count that does not fit into the marker follows it as a whole number.

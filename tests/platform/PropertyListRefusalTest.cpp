@@ -223,6 +223,41 @@ TEST(PropertyListRefusal, ReferencesOutOfTheFileAreRefused) {
   EXPECT_TRUE(isRefused(binaryList({"\xDF\x12" + bigEndian(1U << 30, 4), keyObject})));
 }
 
+TEST(PropertyListRefusal, AKeyWithANullCharacterIsRefused) {
+  using namespace std::string_literals;
+  for (const std::string &key :
+       {"Q\0"s, "Sk\0k"s, "a\0\0"s, "b\0k\0\0"s, "\x5F\x10\x03kk\0"s, "\x6F\x10\x02\0k\0\0"s}) {
+    EXPECT_TRUE(isRefused(binaryList({dictionaryObject(1, 2), key, keyObject})));
+  }
+}
+
+TEST(PropertyListRefusal, AKeyThatIsNoTextIsRefused) {
+  using namespace std::string_literals;
+  for (const std::string &key : {"\x09"s, "\x10\x01"s, "Ak"s, "\x80\x01"s, arrayObject({2}),
+                                 dictionaryObject(2, 2), "\x0F"s, "\x70"s}) {
+    EXPECT_TRUE(isRefused(binaryList({dictionaryObject(1, 2), key, keyObject})));
+  }
+}
+
+TEST(PropertyListRefusal, AKeyThatReachesOutOfTheObjectsIsRefused) {
+  for (const char *key : {"Rk", "ak", "\x5F\x10\x30", "\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF",
+                          "\x6F\x13\x80\x01\x01\x01\x01\x01\x01\x01", "\x5F"}) {
+    EXPECT_TRUE(isRefused(binaryList({dictionaryObject(2, 1), keyObject, key})));
+  }
+}
+
+TEST(PropertyListRefusal, AKeyOfAnyTextIsRead) {
+  using namespace std::string_literals;
+  const std::vector<std::pair<std::string, std::string>> keys = {
+      {"Qk"s, "k"}, {"P"s, ""}, {"\x61\x01\x00"s, "Ā"}, {"\x5F\x10\x02kk"s, "kk"}};
+  for (const auto &[object, key] : keys) {
+    const auto list =
+        dictionaryFromPropertyList(binaryList({dictionaryObject(1, 2), object, keyObject}));
+    ASSERT_TRUE(list) << key;
+    EXPECT_EQ(*list, (Dictionary{{key, "k"}})) << key;
+  }
+}
+
 TEST(PropertyListRefusal, AFileThatIsNotThereSaysSoWithoutItsPath) {
   const TemporaryDirectory directory;
   const Result<Dictionary> list = LinuxPropertyListFiles().dictionaryWithContentsOfURL(
