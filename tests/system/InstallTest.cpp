@@ -20,6 +20,7 @@ std::vector<std::string> expectedFiles() {
   std::vector<std::string> files = {
       "bin/halvern",
       "libexec/halvern-finder-sync",
+      "libexec/halvern-status-worker",
       "share/applications/com.morvane.v3.desktop",
       "share/dbus-1/services/com.morvane.v3.finder.service",
       "share/icons/hicolor/16x16/emblems/emblem-halvern-added.png",
