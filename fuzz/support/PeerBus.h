@@ -1,4 +1,5 @@
-// Two ends of a connection that speak D-Bus with each other without a bus in between.
+// The two ends of a connection that speak D-Bus with each other, of which one is the extension's
+// and the other one stands for the bus and for a client of it.
 #pragma once
 
 #include "platform/linux/GLibHandles.h"
@@ -7,14 +8,14 @@ class PeerBus {
  public:
   PeerBus();
 
+  // The extension's, guarded as that is.
   GDBusConnection *service() const { return service_.get(); }
 
-  // Has the client's end call a method, in the name of a client of a bus, and waits for the answer.
-  // `arguments` may be floating.
+  // Has the client call a method and waits for the answer. `arguments` may be floating.
   platform::ObjectHandle<GDBusMessage> call(const char *path, const char *interface,
                                             const char *method, GVariant *arguments) const;
 
  private:
+  platform::ObjectHandle<GDBusConnection> bus_;
   platform::ObjectHandle<GDBusConnection> service_;
-  platform::ObjectHandle<GDBusConnection> client_;
 };
