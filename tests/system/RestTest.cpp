@@ -69,7 +69,7 @@ TEST_F(AtRest, WhatAScanHasUsedGoesBackToTheSystem) {
   ASSERT_EQ(asker.requestBadges({item}), "");
   ASSERT_TRUE(asker.waitForBadges(1));
   const std::size_t used = ownMemory() - before;
-  EXPECT_GT(used, 8192U) << "the test shows nothing";
+  EXPECT_GT(used, 4096U) << "the test shows nothing";
 
   ASSERT_EQ(asker.call("EndObservingDirectory", g_variant_new("(s)", item.c_str())), "");
   EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + used / 2; }))
