@@ -1,5 +1,6 @@
 // Ten working copies in which very much happens at full speed: what is shown is right whenever it
 // has become quiet, and what the extension has of the system's resources does not grow.
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -167,7 +168,9 @@ class Soak : public testing::Test {
 
   const unsigned seed_ = static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
   std::vector<std::unique_ptr<BusyWorkingCopy>> workingCopies_;
-  const ExtensionSession session_;
+  // Before 2.76, GLib keeps what it has once allocated in small pieces, such as the values of a
+  // large message. That is bounded by the largest message, and hides what this is about.
+  const ExtensionSession session_{{.environment = {{"G_SLICE", "always-malloc"}}}};
   BusClient asker_{session_.bus()};
   FileManagerClient client_{session_.bus()};
 };
@@ -176,27 +179,34 @@ class Soak : public testing::Test {
 
 TEST_F(Soak, NoBadgeIsWrongAndNothingGrows) {
   const unsigned long editCount = numberFromEnvironment("HALVERN_SOAK_EDITS", defaultEditCount);
-  list("add");
-  work(editCount / roundCount);
-  compare();
-  const pid_t extension = session_.extensionProcess();
-  const ProcessFigures before = figuresWithoutWorkingCopies();
-  const std::set<std::string> filesBefore = filesOfSession();
-  list("add");
-  for (unsigned long round = 1; round < roundCount && !HasFatalFailure(); ++round) {
+  std::vector<ProcessFigures> figures;  // after each of some rounds
+  std::vector<std::set<std::string>> files;
+  std::size_t greatestWatchCount = 0;
+  pid_t extension = -1;
+  for (unsigned long round = 1; round <= roundCount; ++round) {
+    list("add");
     work(editCount / roundCount);
     compare();
+    ASSERT_FALSE(HasFatalFailure());
+    const pid_t current = session_.extensionProcess();
+    ASSERT_EQ(current, round == 1 ? current : extension) << "the extension has ended";
+    extension = current;
+    greatestWatchCount = std::max(greatestWatchCount, figuresOfProcess(extension).watches);
+    if (round % 2 == 0) {
+      figures.push_back(figuresWithoutWorkingCopies());
+      files.push_back(filesOfSession());
+    }
   }
-  const ProcessFigures at = figuresOfProcess(session_.extensionProcess());
-  const ProcessFigures after = figuresWithoutWorkingCopies();
-  ASSERT_EQ(session_.extensionProcess(), extension);
-  EXPECT_EQ(after.threads, before.threads);
-  EXPECT_EQ(after.descriptors, before.descriptors);
-  EXPECT_EQ(after.watches, before.watches);
-  // Pages that are kept because something on them is still in use.
-  constexpr std::size_t tolerance = 2048;  // KiB
-  EXPECT_LT(after.ownMemory, before.ownMemory + tolerance);
-  EXPECT_EQ(filesOfSession(), filesBefore);
+  for (const ProcessFigures &each : figures) {
+    EXPECT_EQ(each.threads, figures.front().threads);
+    EXPECT_EQ(each.descriptors, figures.front().descriptors);
+    EXPECT_EQ(each.watches, 0U);
+  }
+  EXPECT_EQ(files.back(), files.front());
+  // The working copies become larger, and what they take at the most leaves pages behind that are
+  // kept because something on them is still in use. That becomes no more in the end.
+  constexpr std::size_t tolerance = 1024;  // KiB
+  EXPECT_LT(figures.back().ownMemory, figures[figures.size() - 2].ownMemory + tolerance);
 
   unsigned long edits = 0;
   unsigned long commands = 0;
@@ -205,8 +215,12 @@ TEST_F(Soak, NoBadgeIsWrongAndNothingGrows) {
     commands += workingCopy->commandCount();
   }
   std::cout << edits << " edits and " << commands << " Subversion commands (seed " << seed_
-            << "); at the end " << at.watches << " watches and " << at.ownMemory
-            << " KiB of memory; without working copies " << before.ownMemory << " KiB before, "
-            << after.ownMemory << " after; " << after.threads << " threads, " << after.descriptors
-            << " descriptors, " << after.watches << " watches before and after\n";
+            << "); at most " << greatestWatchCount
+            << " watches; without working copies, after each "
+            << "fifth, KiB of memory:";
+  for (const ProcessFigures &each : figures) {
+    std::cout << " " << each.ownMemory;
+  }
+  std::cout << "; " << figures.back().threads << " threads and " << figures.back().descriptors
+            << " descriptors\n";
 }

@@ -1,56 +1,20 @@
-// What becomes of scans whose process aborts, hangs, is killed, or says what it should not.
-#include <cerrno>
+// What becomes of scans whose process aborts, hangs, is killed, or says what it should not, with a
+// worker that does what the test wants.
 #include <csignal>
-#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <set>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 #include "platform/linux/worker/WorkerExitStatus.h"
-#include "platform/linux/worker/WorkerScanner.h"
-#include "scanner/SVNError.h"
-#include "tests/scanner/ForeignDatabase.h"
-#include "tests/support/Command.h"
-#include "tests/support/StartedWorker.h"
-#include "tests/support/Subversion.h"
-
-namespace fs = std::filesystem;
+#include "tests/scanner/WorkerScan.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
-
-struct Scanned {
-  std::set<std::string> paths;
-  int error = 0;
-  std::string message;
-};
-
-Scanned scanWith(WorkerScanner &scanner, const std::string &root) {
-  KTREnsureSVNCoreInitialization();
-  Scanned result;
-  const SVNError error(scanner.scan(
-      root, "/dev/null", KTRWorkingCopyStatusScanner::localScanOptionsWithDepth(svn_depth_infinity),
-      [&result](const char *path, const svn_client_status_t *,
-                const svn_wc_status2_t *) -> svn_error_t * {
-        result.paths.insert(path);
-        return SVN_NO_ERROR;
-      }));
-  if (error != nullptr) {
-    char message[1024];
-    result.error = error->apr_err;
-    result.message = svn_err_best_message(error.get(), message, sizeof message);
-  }
-  return result;
-}
 
 // A worker whose scans do what a test wants.
 class ScriptedWorkers {
@@ -332,110 +296,4 @@ TEST(WorkerScanner, PathsThatCouldNotBeSentAreRefusedBefore) {
     EXPECT_EQ(scanWith(scanner, path).error, SVN_ERR_BAD_FILENAME);
   }
   EXPECT_EQ(workers.startCount, 0);
-}
-
-namespace {
-
-// The only one.
-pid_t childOfThisProcess() {
-  const std::string number = std::to_string(getpid());
-  std::ifstream children("/proc/" + number + "/task/" + number + "/children");
-  pid_t child = -1;
-  children >> child;
-  return child;
-}
-
-// The built worker, and databases that it does not bear.
-class WorkerScannerProcess : public testing::Test {
- protected:
-  void SetUp() override {
-    for (const WorkingCopy *each : {&wc, &other}) {
-      writeFile(*each / "file", "contents");
-    }
-  }
-
-  void addExternal(const std::string &path) const {
-    ForeignDatabase(wc.path()).execute(
-        "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, "
-        "kind, def_local_relpath, def_repos_relpath) VALUES (1, '" +
-        path + "', '', 1, 'normal', 'dir', '', '')");
-  }
-
-  void repairDatabase() const { ForeignDatabase(wc.path()).execute("DELETE FROM EXTERNALS"); }
-
-  const TemporaryDirectory directory;
-  const WorkingCopy wc{directory};
-  const WorkingCopy other{directory, "other"};
-};
-
-}  // namespace
-
-TEST_F(WorkerScannerProcess, ACrashCostsTheRootItsScansUntilTheDatabaseChanges) {
-  WorkerScanner scanner(startsWorker());
-  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
-  addExternal("a//b");  // where the library ends the process
-  EXPECT_THAT(scanWith(scanner, wc.path()).message, StartsWith("The scan was ended by signal "));
-  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
-  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
-  repairDatabase();
-  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
-}
-
-TEST_F(WorkerScannerProcess, AScanThatWaitsForAFIFOIsEnded) {
-  wc.addFile("same-size", "old");
-  const std::string text = wc / "same-size";
-  writeFile(text, "new");
-  fs::last_write_time(text, fs::file_time_type::clock::now() + std::chrono::hours(1));
-  // What it is compared with cannot be read, and never comes to an end.
-  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
-    if (entry.is_regular_file()) {
-      fs::remove(entry.path());
-      ASSERT_EQ(mkfifo(entry.path().c_str(), 0600), 0);
-    }
-  }
-  WorkerScanner scanner(startsWorker(), std::chrono::seconds(2));
-  EXPECT_EQ(scanWith(scanner, wc.path()).message, "The scan hangs");
-  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
-  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
-}
-
-TEST_F(WorkerScannerProcess, ALockedDatabaseIsAnErrorBeforeItLooksLikeAHang) {
-  const ForeignDatabase lock(wc.path());
-  lock.execute("BEGIN EXCLUSIVE");
-  WorkerScanner scanner(startsWorker(), std::chrono::seconds(4));
-  EXPECT_EQ(scanWith(scanner, wc.path()).error, SVN_ERR_SQLITE_BUSY);
-}
-
-// What the scan compares a file with leads out of the working copy.
-TEST_F(WorkerScannerProcess, AScanReadsNothingOutsideOfItsWorkingCopy) {
-  wc.addFile("same-size", "old");
-  writeFile(wc / "same-size", "new");
-  fs::last_write_time(wc / "same-size", fs::file_time_type::clock::now() + std::chrono::hours(1));
-  WorkerScanner scanner(startsWorker());
-  EXPECT_EQ(scanWith(scanner, wc.path()).error, 0);
-  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
-    if (entry.is_regular_file()) {
-      const fs::path outside = directory / entry.path().filename().string();
-      fs::rename(entry.path(), outside);
-      fs::create_symlink(outside, entry.path());
-    }
-  }
-  EXPECT_EQ(runCommand({"svn", "status", wc.path()}).status, 0) << "nothing else is wrong with it";
-  EXPECT_EQ(scanWith(scanner, wc.path()).error, EACCES);
-}
-
-TEST_F(WorkerScannerProcess, TheWorkerHasNeitherPrivilegesNorNetworkToGain) {
-  const StartWorker start = startsWorker();
-  const auto worker = start();
-  ASSERT_TRUE(worker);
-  // It is confined by the time it answers.
-  auto sockets = MessageSocket::makePair();
-  ASSERT_TRUE((*worker)->socket().send(
-      encode(ScanRequest{wc.path(), "/dev/null", KTRWorkingCopyScanOptions()}), &sockets->second));
-  std::string bytes;
-  ASSERT_EQ((*worker)->socket().receive(&bytes), MessageSocket::Reception::message);
-  const std::string status =
-      readFileForTest("/proc/" + std::to_string(childOfThisProcess()) + "/status");
-  EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1\n"));
-  EXPECT_THAT(status, HasSubstr("Seccomp:\t2\n"));
 }

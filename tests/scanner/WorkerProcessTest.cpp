@@ -1,0 +1,125 @@
+// The built worker, and databases that it does not bear.
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/scanner/ForeignDatabase.h"
+#include "tests/scanner/WorkerScan.h"
+#include "tests/support/Command.h"
+#include "tests/support/StartedWorker.h"
+#include "tests/support/Subversion.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// The only one.
+pid_t childOfThisProcess() {
+  const std::string number = std::to_string(getpid());
+  std::ifstream children("/proc/" + number + "/task/" + number + "/children");
+  pid_t child = -1;
+  children >> child;
+  return child;
+}
+
+class StatusWorkerProcess : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const WorkingCopy *each : {&wc, &other}) {
+      writeFile(*each / "file", "contents");
+    }
+  }
+
+  void addExternal(const std::string &path) const {
+    ForeignDatabase(wc.path()).execute(
+        "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, "
+        "kind, def_local_relpath, def_repos_relpath) VALUES (1, '" +
+        path + "', '', 1, 'normal', 'dir', '', '')");
+  }
+
+  void repairDatabase() const { ForeignDatabase(wc.path()).execute("DELETE FROM EXTERNALS"); }
+
+  const TemporaryDirectory directory;
+  const WorkingCopy wc{directory};
+  const WorkingCopy other{directory, "other"};
+};
+
+}  // namespace
+
+TEST_F(StatusWorkerProcess, ACrashCostsTheRootItsScansUntilTheDatabaseChanges) {
+  WorkerScanner scanner(startsWorker());
+  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
+  addExternal("a//b");  // where the library ends the process
+  EXPECT_THAT(scanWith(scanner, wc.path()).message, StartsWith("The scan was ended by signal "));
+  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
+  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
+  repairDatabase();
+  EXPECT_THAT(scanWith(scanner, wc.path()).paths, ElementsAre(wc / "file"));
+}
+
+TEST_F(StatusWorkerProcess, AScanThatWaitsForAFIFOIsEnded) {
+  wc.addFile("same-size", "old");
+  const std::string text = wc / "same-size";
+  writeFile(text, "new");
+  fs::last_write_time(text, fs::file_time_type::clock::now() + std::chrono::hours(1));
+  // What it is compared with cannot be read, and never comes to an end.
+  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+    if (entry.is_regular_file()) {
+      fs::remove(entry.path());
+      ASSERT_EQ(mkfifo(entry.path().c_str(), 0600), 0);
+    }
+  }
+  WorkerScanner scanner(startsWorker(), std::chrono::seconds(2));
+  EXPECT_EQ(scanWith(scanner, wc.path()).message, "The scan hangs");
+  EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
+  EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
+}
+
+TEST_F(StatusWorkerProcess, ALockedDatabaseIsAnErrorBeforeItLooksLikeAHang) {
+  const ForeignDatabase lock(wc.path());
+  lock.execute("BEGIN EXCLUSIVE");
+  WorkerScanner scanner(startsWorker(), std::chrono::seconds(4));
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, SVN_ERR_SQLITE_BUSY);
+}
+
+// What the scan compares a file with leads out of the working copy.
+TEST_F(StatusWorkerProcess, AScanReadsNothingOutsideOfItsWorkingCopy) {
+  wc.addFile("same-size", "old");
+  writeFile(wc / "same-size", "new");
+  fs::last_write_time(wc / "same-size", fs::file_time_type::clock::now() + std::chrono::hours(1));
+  WorkerScanner scanner(startsWorker());
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, 0);
+  for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+    if (entry.is_regular_file()) {
+      const fs::path outside = directory / entry.path().filename().string();
+      fs::rename(entry.path(), outside);
+      fs::create_symlink(outside, entry.path());
+    }
+  }
+  EXPECT_EQ(runCommand({"svn", "status", wc.path()}).status, 0) << "nothing else is wrong with it";
+  EXPECT_EQ(scanWith(scanner, wc.path()).error, EACCES);
+}
+
+TEST_F(StatusWorkerProcess, TheWorkerHasNeitherPrivilegesNorNetworkToGain) {
+  const StartWorker start = startsWorker();
+  const auto worker = start();
+  ASSERT_TRUE(worker);
+  // It is confined by the time it answers.
+  auto sockets = MessageSocket::makePair();
+  ASSERT_TRUE((*worker)->socket().send(
+      encode(ScanRequest{wc.path(), "/dev/null", KTRWorkingCopyScanOptions()}), &sockets->second));
+  std::string bytes;
+  ASSERT_EQ((*worker)->socket().receive(&bytes), MessageSocket::Reception::message);
+  const std::string status =
+      readFileForTest("/proc/" + std::to_string(childOfThisProcess()) + "/status");
+  EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1\n"));
+  EXPECT_THAT(status, HasSubstr("Seccomp:\t2\n"));
+}
