@@ -54,3 +54,7 @@ std::size_t wakeUpsOfProcess(pid_t process) {
   }
   return count;
 }
+
+std::size_t dataOfProcess(pid_t process) {
+  return sumOfField(directoryOf(process) + "/status", "VmData") * 1024;
+}

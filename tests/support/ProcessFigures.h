@@ -16,3 +16,6 @@ ProcessFigures figuresOfProcess(pid_t process);
 
 // How often the threads of a process have been given the processor.
 std::size_t wakeUpsOfProcess(pid_t process);
+
+// What it has of the memory that RLIMIT_DATA limits, in bytes.
+std::size_t dataOfProcess(pid_t process);

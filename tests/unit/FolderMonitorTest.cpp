@@ -117,6 +117,47 @@ TEST_F(FolderMonitor, EachEventRestartsTheQuietPeriodAndOneDeliveryHoldsThemAll)
   EXPECT_THAT(deliveries, SizeIs(1));
 }
 
+TEST_F(FolderMonitor, TheQuietPeriodIsTheSameWhereverTheClockIsSet) {
+  for (const std::chrono::hours step : {-24h, 24h}) {
+    watch({"file:///wc/"});
+    report({"/wc/a"});
+    fakes.queues.moveClock(step);
+    fakes.queues.advance(1999ms);
+    EXPECT_THAT(deliveries, IsEmpty()) << step.count();
+    fakes.queues.advance(1ms);
+    EXPECT_THAT(deliveries, ElementsAre(Delivery{"file:///wc/", {"file:///wc/a"}}));
+    deliveries.clear();
+  }
+}
+
+// While the machine sleeps the clock goes on, and what delays are counted by does not.
+TEST_F(FolderMonitor, ASleepOfTheMachineInTheQuietPeriodDoesNotEndIt) {
+  watch({"file:///wc/"});
+  report({"/wc/a"});
+  fakes.queues.advance(1500ms);
+  fakes.queues.moveClock(8h);
+  report({"/wc/b"});
+  fakes.queues.advance(1999ms);
+  EXPECT_THAT(deliveries, IsEmpty());
+  fakes.queues.advance(1ms);
+  EXPECT_THAT(deliveries, ElementsAre(Delivery{"file:///wc/", {"file:///wc/a", "file:///wc/b"}}));
+}
+
+TEST_F(FolderMonitor, RootsBecomeQuietInTheOrderOfTheirLastEventsWhereverTheClockIsSet) {
+  watch({"file:///a/", "file:///b/", "file:///c/"});
+  report({"/b/x"});
+  fakes.queues.moveClock(-24h);
+  fakes.queues.advance(1ms);
+  report({"/c/x"});
+  fakes.queues.moveClock(48h);
+  fakes.queues.advance(1ms);
+  report({"/a/x"});
+  fakes.queues.advance(2s);
+  EXPECT_THAT(deliveries, ElementsAre(Delivery{"file:///b/", {"file:///b/x"}},
+                                      Delivery{"file:///c/", {"file:///c/x"}},
+                                      Delivery{"file:///a/", {"file:///a/x"}}));
+}
+
 TEST_F(FolderMonitor, TheSameItemIsListedOnce) {
   watch({"file:///wc/"});
   report({"/wc/a", "/wc/a", "/wc/d/", "/wc/d/"});

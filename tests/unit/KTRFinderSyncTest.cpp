@@ -1,6 +1,8 @@
 #include "tests/unit/FinderSyncPeer.h"
 #include "tests/unit/RegistryFixture.h"
 
+using namespace std::chrono_literals;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -247,6 +249,24 @@ TEST_F(ChangedWorkingCopy, AnEmptySetOfItemsShowsTheRootAloneAfterForgettingItsS
   fakes.queues.runUntilIdle();
   EXPECT_THAT(urlsSet(), ElementsAre("file:///wc/"));
   EXPECT_THAT(scanner.targets, SizeIs(2));
+}
+
+// Whatever the clock says of the scan before: badges are no older than the last event.
+TEST_F(FinderSync, AChangeIsShownWhereverTheClockHasBeenSetSinceTheLastScan) {
+  KTRFinderSync finderSync = make();
+  for (const auto &[step, status, badge] :
+       {std::tuple{-24h, svn_wc_status_modified, "modified"},
+        std::tuple{48h, svn_wc_status_added, "added"},
+        std::tuple{-24h, svn_wc_status_conflicted, "conflicted"}}) {
+    finderSync.requestBadgeIdentifierForURL(FileURL::fromPath("/wc/a"));
+    fakes.queues.runUntilIdle();
+    fakes.queues.moveClock(step);
+    scanner.nodes["/wc"] = {{"/wc/a", status}};
+    fakes.eventStreams.deliver({"/wc/a"});
+    fakes.finderSyncController.badges.clear();
+    fakes.queues.advance(2s);
+    EXPECT_THAT(fakes.finderSyncController.badges, Contains(Pair("file:///wc/a", badge)));
+  }
 }
 
 }  // namespace

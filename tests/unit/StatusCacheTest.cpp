@@ -55,6 +55,65 @@ TEST_F(StatusCache, ATimeStampInTheFutureIsFresh) {
   EXPECT_THAT(scanner.targets, SizeIs(1));
 }
 
+// As the rule has it: only an event, or the end of an observation, brings a scan before the clock
+// has caught up.
+TEST_F(StatusCache, AClockThatIsSetBackByADayLeavesTheScanFreshUntilAnInvalidation) {
+  badge("/wc/a");
+  fakes.queues.moveClock(-24h);
+  report({{"/wc/a", svn_wc_status_modified}});
+  fakes.queues.advance(1h);
+  EXPECT_EQ(badge("/wc/a"), "");
+  invalidate("/wc/a");
+  EXPECT_EQ(badge("/wc/a"), "modified");
+  EXPECT_THAT(scanner.targets, SizeIs(2));
+}
+
+TEST_F(StatusCache, AScanAfterTheClockWasSetBackAgesByTheNewClock) {
+  badge("/wc/a");
+  fakes.queues.moveClock(-24h);
+  invalidate("/wc");
+  badge("/wc/a");
+  fakes.queues.advance(2000ms);
+  badge("/wc/a");
+  EXPECT_THAT(scanner.targets, SizeIs(2));
+  report({{"/wc/a", svn_wc_status_modified}});
+  fakes.queues.advance(1ms);
+  EXPECT_EQ(badge("/wc/a"), "modified");
+  EXPECT_THAT(scanner.targets, SizeIs(3));
+}
+
+TEST_F(StatusCache, AClockThatIsSetBackDuringAScanLeavesItFreshForTwoSecondsOfTheNewClock) {
+  scanner.whileScanning = [this] { fakes.queues.moveClock(-24h); };
+  badge("/wc/a");
+  scanner.whileScanning = [] {};
+  fakes.queues.advance(2000ms);
+  badge("/wc/a");
+  EXPECT_THAT(scanner.targets, SizeIs(1));
+  fakes.queues.advance(1ms);
+  badge("/wc/a");
+  EXPECT_THAT(scanner.targets, SizeIs(2));
+}
+
+TEST_F(StatusCache, AClockThatIsSetForwardCostsOneScan) {
+  badge("/wc/a");
+  fakes.queues.moveClock(24h);
+  report({{"/wc/a", svn_wc_status_modified}});
+  EXPECT_EQ(badge("/wc/a"), "modified");
+  EXPECT_EQ(badge("/wc/b"), "");
+  EXPECT_THAT(scanner.targets, SizeIs(2));
+}
+
+TEST_F(StatusCache, AClockThatIsSetBackKeepsAFailureUntilAnInvalidation) {
+  scanner.errors["/wc"] = {SVN_ERR_EXTERNAL_PROGRAM, "There is not enough memory"};
+  badge("/wc/a");
+  fakes.queues.moveClock(-24h);
+  scanner.errors.clear();
+  report({{"/wc/a", svn_wc_status_modified}});
+  EXPECT_EQ(badge("/wc/a"), "");
+  invalidate("/wc");
+  EXPECT_EQ(badge("/wc/a"), "modified");
+}
+
 TEST_F(StatusCache, TheAgeIsCountedFromTheEndOfTheScan) {
   scanner.whileScanning = [this] { fakes.queues.moveClock(10s); };
   badge("/wc/a");

@@ -4,7 +4,7 @@
 // The system has no more memory, which is not the fault of the working copy that was scanned.
 constexpr int workerExitWithoutMemory = 75;
 
-// No process is to be had for the scan.
+// No process is to be had for the scan, or no thread of it.
 constexpr int workerExitWithoutProcess = 76;
 
 // The scan cannot give up what it must not have.

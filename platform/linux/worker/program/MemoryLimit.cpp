@@ -1,53 +1,53 @@
 #include "platform/linux/worker/program/MemoryLimit.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
 
 namespace {
-
-// Many files in one directory take most: a million unversioned ones 0.3 GB, 100,000 versioned ones
-// 0.1 GB.
-constexpr rlim_t greatestGrowth = rlim_t{2} << 30;  // bytes
 
 rlimit limitOfSystem{};  // set before there is a second thread
 
 // What the process has of the memory that is limited.
 rlim_t dataSize() {
+  const platform::FileDescriptor file(open("/proc/self/statm", O_RDONLY | O_CLOEXEC));
+  std::array<char, 256> text{};
   unsigned long pages = 0;
-  if (std::FILE *file = std::fopen("/proc/self/statm", "re")) {
-    if (std::fscanf(file, "%*u %*u %*u %*u %*u %lu", &pages) != 1) {
-      pages = 0;
-    }
-    std::fclose(file);
+  if (read(file, text.data(), text.size() - 1) <= 0 ||
+      std::sscanf(text.data(), "%*u %*u %*u %*u %*u %lu", &pages) != 1) {
+    return 0;
   }
   return rlim_t{pages} * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
 }
 
+// More than is usually asked for at once: stacks of threads are 8 MiB, tables of the library that
+// grow are less. Where this much is to be had, it was not for want of memory.
+constexpr std::size_t probedSize = std::size_t{64} << 20;  // bytes
+
 bool canHaveMemory() {
-  constexpr std::size_t size = 1 << 20;
   void *const memory =
-      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+      mmap(nullptr, probedSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) {
     return false;
   }
-  munmap(memory, size);
+  munmap(memory, probedSize);
   return true;
 }
 
-// In place of the end by the signal; only calls that are safe here. The library says nothing of why
-// it aborts the process, so it is found out: with our own limit out of the way, is there memory?
+// In place of the end by the signal; only calls that are safe here. The libraries say nothing of
+// why they end the process, so it is found out: with our own limit out of the way, is there memory?
 void endWithReason(int signal) {
+  setrlimit(RLIMIT_DATA, &limitOfSystem);
   if (!canHaveMemory()) {
-    setrlimit(RLIMIT_DATA, &limitOfSystem);
-    if (!canHaveMemory()) {
-      _exit(workerExitWithoutMemory);
-    }
+    _exit(workerExitWithoutMemory);
   }
   std::signal(signal, SIG_DFL);
   std::raise(signal);
@@ -55,12 +55,14 @@ void endWithReason(int signal) {
 
 }  // namespace
 
-void limitMemory() {
+void limitMemory(std::uint64_t greatestGrowth) {
   if (getrlimit(RLIMIT_DATA, &limitOfSystem) != 0) {
     return;
   }
   rlimit limit = limitOfSystem;
   limit.rlim_cur = std::min(limitOfSystem.rlim_cur, dataSize() + greatestGrowth);
   setrlimit(RLIMIT_DATA, &limit);
-  std::signal(SIGABRT, endWithReason);
+  for (const int signal : {SIGABRT, SIGTRAP}) {  // the latter is how GLib does it
+    std::signal(signal, endWithReason);
+  }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <mutex>
+#include <system_error>
 
 #include <svn_error.h>
 
@@ -85,7 +86,7 @@ int runScan(const MessageSocket &receiver, const ScanRequest &request,
   }
 
   SVNError error;
-  {
+  try {
     const Heartbeat heartbeat([&sender] { sender.send(ScanBeat()); });
     ReportSender reports(sender);
     error.reset(KTRWorkingCopyStatusScanner::scanLocalTarget(
@@ -97,6 +98,8 @@ int runScan(const MessageSocket &receiver, const ScanRequest &request,
           return SVN_NO_ERROR;
         }));
     reports.send();
+  } catch (const std::system_error &) {  // no thread is to be had
+    return workerExitWithoutProcess;
   }
   sender.send(endFrom(error.get()));
   return EXIT_SUCCESS;

@@ -1,0 +1,70 @@
+// When a scan gives signs of life. They come every second, so each of these takes some.
+#include <atomic>
+#include <chrono>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/worker/program/Heartbeat.h"
+#include "scanner/WalkProgress.h"
+#include "tests/support/TemporaryDirectory.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// How many beats there are while `work` is done again and again for that long. Nothing else happens
+// in the process.
+template <typename Work>
+int beatsDuring(std::chrono::milliseconds duration, Work work) {
+  std::atomic<int> count = 0;
+  const Heartbeat heartbeat([&count] { ++count; });
+  const auto end = std::chrono::steady_clock::now() + duration;
+  while (std::chrono::steady_clock::now() < end) {
+    work();
+  }
+  return count;
+}
+
+}  // namespace
+
+TEST(Heartbeat, BeatsWhileTheWalkComesToOtherDirectories) {
+  EXPECT_GE(beatsDuring(1500ms, [] { noteWalkProgress(); }), 1);
+}
+
+TEST(Heartbeat, BeatsWhileALargeFileIsRead) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "large", std::string(1 << 20, 'x'));
+  const platform::FileDescriptor file(open((directory / "large").c_str(), O_RDONLY | O_CLOEXEC));
+  std::string block(1 << 16, '\0');
+  EXPECT_GE(beatsDuring(2500ms,
+                        [&] {
+                          if (read(file, block.data(), block.size()) == 0) {
+                            lseek(file, 0, SEEK_SET);
+                          }
+                        }),
+            2);
+}
+
+// As in a damaged database. A timer interrupt at the wrong moment may look like work, once.
+TEST(Heartbeat, IsSilentWhileTheWalkRunsInCirclesInMemory) {
+  volatile unsigned number = 0;
+  EXPECT_LE(beatsDuring(3500ms, [&] { number = number * 3 + 1; }), 1);
+}
+
+// As for an answer of a file system that is gone.
+TEST(Heartbeat, IsSilentWhileTheWalkWaitsForWhatNeverComes) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const platform::FileDescriptor readEnd(ends[0]);
+  const platform::FileDescriptor writeEnd(ends[1]);
+  EXPECT_LE(beatsDuring(3500ms,
+                        [&] {
+                          pollfd readable{readEnd, POLLIN, 0};
+                          poll(&readable, 1, 3500);
+                        }),
+            1)
+      << "that of the beginning";
+}
