@@ -59,8 +59,8 @@ ScanExit scanInProcess(const MessageSocket &extension, const ScanRequest &reques
 int serveScans(const MessageSocket &extension) {
   ScanConfinement confinement;
   std::string bytes;
-  std::optional<MessageSocket> receiver;
   for (;;) {
+    std::optional<MessageSocket> receiver;
     switch (extension.receive(&bytes, &receiver)) {
       case MessageSocket::Reception::message:
         break;
@@ -74,6 +74,5 @@ int serveScans(const MessageSocket &extension) {
       return EXIT_FAILURE;
     }
     extension.send(encode(scanInProcess(extension, *request, std::move(receiver), confinement)));
-    receiver.reset();
   }
 }
