@@ -15,13 +15,6 @@ namespace {
 
 using Condition = SeccompFilter::Condition;
 
-// Which argument of `clone` holds the flags.
-#ifdef __s390__
-constexpr unsigned cloneFlags = 1;
-#else
-constexpr unsigned cloneFlags = 0;
-#endif
-
 // The bus and the journal are Unix sockets.
 void refuseNetworks(SeccompFilter &filter) {
   for (const int call : {SCMP_SYS(socket), SCMP_SYS(socketpair)}) {

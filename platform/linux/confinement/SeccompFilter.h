@@ -11,6 +11,13 @@
 
 namespace platform {
 
+// Which argument of `clone` holds the flags.
+#ifdef __s390__
+constexpr unsigned cloneFlags = 1;
+#else
+constexpr unsigned cloneFlags = 0;
+#endif
+
 class SeccompFilter {
  public:
   // On an argument of a call, by its number from 0. The first is about all 64 bits of it.

@@ -14,16 +14,10 @@
 
 namespace {
 
+using platform::cloneFlags;
 using platform::Outcome;
 using platform::SeccompFilter;
 using Condition = SeccompFilter::Condition;
-
-// Which argument of `clone` holds the flags.
-#ifdef __s390__
-constexpr unsigned cloneFlags = 1;
-#else
-constexpr unsigned cloneFlags = 0;
-#endif
 
 // Reading, and what SQLite does to a database and its journal.
 void allowFiles(SeccompFilter &filter) {
