@@ -3,7 +3,6 @@
 // writable file system of 64 KiB at "/small".
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -14,6 +13,7 @@
 #include "tests/reliability/SessionState.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
+#include "tests/support/SmallDisk.h"
 #include "tests/support/Subversion.h"
 
 using platform::Array;
@@ -48,23 +48,8 @@ class ResourcesRunOut : public testing::Test {
 // The files of one session lie on a small disk.
 class DiskRunsOut : public ResourcesRunOut {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(fs::is_directory("/small")) << "This program runs without its launcher";
-    ASSERT_LE(fs::space("/small").capacity, 65536U);
-  }
-  void TearDown() override {
-    for (const auto &entry : fs::directory_iterator("/small")) {
-      fs::remove_all(entry);
-    }
-  }
-
-  static void fill() {
-    std::ofstream stream("/small/filler", std::ios::binary);
-    const std::string block(1024, 'x');
-    while (stream << block << std::flush) {
-    }
-    ASSERT_EQ(fs::space("/small").available, 0U);
-  }
+  void SetUp() override { requireSmallDisk(); }
+  void TearDown() override { emptySmallDisk(); }
 
   static void makeRoom() { fs::remove("/small/filler"); }
 
@@ -108,7 +93,7 @@ class SharedDiskRunsOut : public DiskRunsOut {
 
 TEST_F(SharedDiskRunsOut, CommandsFailClearlyOnAFullOneAndSucceedWhenThereIsRoom) {
   ASSERT_EQ(session.halvern({"add", first.path()}).status, 0);
-  fill();
+  fillSmallDisk();
   expectCommandsToFail("No space left on device");
   makeRoom();
   EXPECT_EQ(session.halvern({"add", second.path()}).status, 0);
@@ -141,7 +126,7 @@ TEST_F(SharedDiskRunsOut, ARequestThatCouldNotBeWrittenIsMadeAgainForTheNextGene
     }
     return result;
   }();
-  fill();
+  fillSmallDisk();
   client.announceManifest();
   expectShown(client, {first.path()});
   EXPECT_FALSE(fs::exists(request));
@@ -198,7 +183,7 @@ class DefaultsDiskRunsOut : public DiskRunsOut {
 };
 
 TEST_F(DefaultsDiskRunsOut, AFullOneCostsTheExtensionNothingThatItDoesNotMakeUpFor) {
-  expectNothingIsMissed(fill, makeRoom);
+  expectNothingIsMissed(fillSmallDisk, makeRoom);
 }
 
 TEST_F(DefaultsDiskRunsOut, AReadOnlyOneCostsTheExtensionNothingThatItDoesNotMakeUpFor) {

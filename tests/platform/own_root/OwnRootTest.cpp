@@ -1,7 +1,6 @@
 // What depends on a directory in "/" or on a full disk. The launcher of this program gives it a "/"
 // of its own, with an empty "/private" and a file system of 64 KiB at "/small".
 #include <fcntl.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sys/mount.h>
@@ -14,6 +13,7 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/TreeRemoval.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/SmallDisk.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using platform::Dictionary;
@@ -43,24 +43,8 @@ class PrivateDirectory : public testing::Test {
 
 class FullDisk : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(fs::is_directory("/small")) << "This program runs without its launcher";
-    ASSERT_LE(fs::space("/small").capacity, 65536U);
-  }
-  void TearDown() override {
-    for (const auto &entry : fs::directory_iterator("/small")) {
-      fs::remove_all(entry);
-    }
-  }
-
-  // Takes what is left of the file system.
-  static void fill() {
-    std::ofstream stream("/small/filler", std::ios::binary);
-    const std::string block(1024, 'x');
-    while (stream << block << std::flush) {
-    }
-    ASSERT_EQ(fs::space("/small").available, 0U);
-  }
+  void SetUp() override { requireSmallDisk(); }
+  void TearDown() override { emptySmallDisk(); }
 
   static std::ptrdiff_t entryCount(const std::string &path) {
     return std::distance(fs::directory_iterator(path), {});
@@ -155,7 +139,7 @@ TEST_F(FullDisk, DatesThatTheClockCannotCountAreItsEnds) {
 
 TEST_F(FullDisk, TheOldFileStaysAndNothingIsLeftBeside) {
   ASSERT_TRUE(platform::replaceFile("/small/file", "old"));
-  fill();
+  fillSmallDisk();
   EXPECT_FALSE(platform::replaceFile("/small/file", std::string(8192, 'n')));
   EXPECT_FALSE(platform::replaceFile("/small/another", std::string(8192, 'n')));
   EXPECT_EQ(readFileForTest("/small/file"), "old");
@@ -173,7 +157,7 @@ TEST_F(FullDisk, AnOldPropertyListStays) {
   platform::LinuxPropertyListFiles files;
   const FileURL url = FileURL::fromPath("/small/list.plist");
   ASSERT_TRUE(files.writeDictionary({{"key", "old"}}, url));
-  fill();
+  fillSmallDisk();
   EXPECT_FALSE(files.writeDictionary({{"key", std::string(8192, 'n')}}, url));
   const auto list = files.dictionaryWithContentsOfURL(url);
   ASSERT_TRUE(list);
@@ -184,7 +168,7 @@ TEST_F(FullDisk, OldUserDefaultsStay) {
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", "/small");
   platform::LinuxUserDefaults defaults("com.example.test");
   defaults.setObject("old", "key");
-  fill();
+  fillSmallDisk();
   defaults.setObject(std::string(8192, 'n'), "key");
   EXPECT_EQ(defaults.objectForKey("key"), PropertyList("old"));
   EXPECT_EQ(entryCount("/small/com.example.test"), 1);
