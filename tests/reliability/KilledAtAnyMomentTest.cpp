@@ -13,9 +13,9 @@
 #include <random>
 
 #include "platform/linux/PropertyListCoding.h"
-#include "tests/reliability/ProcessTree.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/support/BusClient.h"
+#include "tests/support/ProcessTree.h"
 #include "tests/support/PublicNames.h"
 #include "tests/support/Subversion.h"
 

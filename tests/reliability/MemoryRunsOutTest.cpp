@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "tests/reliability/ProcessTree.h"
 #include "tests/reliability/RunningScan.h"
 #include "tests/reliability/WorldFixture.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/ProcessTree.h"
 
 using ::testing::AnyOf;
 using ::testing::HasSubstr;

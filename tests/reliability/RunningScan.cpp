@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/reliability/ProcessTree.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/ProcessTree.h"
 
 namespace {
 

@@ -17,6 +17,7 @@
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/FileManagerClient.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/ProcessTree.h"
 #include "tests/system/ShownItems.h"
 
 namespace fs = std::filesystem;
@@ -27,9 +28,13 @@ constexpr std::size_t workingCopyCount = 10;
 
 // A hundredth of what "make check-long" does.
 constexpr unsigned long defaultEditCount = 1'000;
-constexpr unsigned long editsPerCommand = 20;
+constexpr unsigned long editsPerCommand = 19;
 constexpr unsigned long roundCount = 10;
+constexpr unsigned long roundsPerStage = 2;
 constexpr unsigned defaultSeed = 100;
+
+// KiB. What a page or an allocator's table more or less is.
+constexpr std::size_t tolerance = 1024;
 
 unsigned long numberFromEnvironment(const char *name, unsigned long otherwise) {
   const char *const text = std::getenv(name);
@@ -89,14 +94,26 @@ class BusyWorkingCopy {
 class Soak : public testing::Test {
  protected:
   Soak() {
+    fs::create_directories(session_.sharedPath());
+    beginStage();
+    asker_.directoryURLs();  // starts the extension
+  }
+
+  // With new working copies, since those that are there become larger and larger, and with them
+  // what the extension needs. Otherwise every stage is the same.
+  void beginStage() {
+    for (const auto &workingCopy : workingCopies_) {
+      editCount_ += workingCopy->editCount();
+      commandCount_ += workingCopy->commandCount();
+    }
+    workingCopies_.clear();
     for (unsigned i = 0; i < workingCopyCount; ++i) {
       workingCopies_.push_back(std::make_unique<BusyWorkingCopy>(seed_ + i));
     }
     // All have the same contents.
-    fs::create_directories(session_.sharedPath());
-    fs::create_directory_symlink(workingCopies_.front()->configuration(),
-                                 session_.sharedPath("SubversionConfig"));
-    asker_.directoryURLs();  // starts the extension
+    const std::string configuration = session_.sharedPath("SubversionConfig");
+    fs::remove(configuration);
+    fs::create_directory_symlink(workingCopies_.front()->configuration(), configuration);
   }
 
   void list(const char *command) {
@@ -139,9 +156,9 @@ class Soak : public testing::Test {
     ASSERT_EQ(differences(client_.badgeByPath(), expected), "") << "seed " << seed_;
   }
 
-  // With no working copy listed, nothing shown and no statuses kept, once what was used has been
-  // given back.
-  ProcessFigures figuresWithoutWorkingCopies() {
+  // Of the extension, the process beside it and the status worker, with no working copy listed,
+  // nothing shown and no statuses kept, once what was used has been given back.
+  std::vector<ProcessFigures> figuresWithoutWorkingCopies() {
     client_.show({});
     list("remove");
     for (const auto &workingCopy : workingCopies_) {
@@ -151,7 +168,11 @@ class Soak : public testing::Test {
     constexpr gint64 untilAllIsQuiet = 8 * G_USEC_PER_SEC;
     const gint64 end = g_get_monotonic_time() + untilAllIsQuiet;
     turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; });
-    return figuresOfProcess(session_.extensionProcess());
+    std::vector<ProcessFigures> figures;
+    for (const pid_t process : processesOfExtension(session_.extensionProcess())) {
+      figures.push_back(figuresOfProcess(process));
+    }
+    return figures;
   }
 
   std::set<std::string> filesOfSession() const {
@@ -168,6 +189,8 @@ class Soak : public testing::Test {
 
   const unsigned seed_ = static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
   std::vector<std::unique_ptr<BusyWorkingCopy>> workingCopies_;
+  unsigned long editCount_ = 0;  // in those that are no more
+  unsigned long commandCount_ = 0;
   // Before 2.76, GLib keeps what it has once allocated in small pieces, such as the values of a
   // large message. That is bounded by the largest message, and hides what this is about.
   const ExtensionSession session_{{.environment = {{"G_SLICE", "always-malloc"}}}};
@@ -179,49 +202,46 @@ class Soak : public testing::Test {
 
 TEST_F(Soak, NoBadgeIsWrongAndNothingGrows) {
   const unsigned long editCount = numberFromEnvironment("HALVERN_SOAK_EDITS", defaultEditCount);
-  std::vector<ProcessFigures> figures;  // after each of some rounds
+  std::vector<std::vector<ProcessFigures>> figures;  // after each stage
   std::vector<std::set<std::string>> files;
   std::size_t greatestWatchCount = 0;
-  pid_t extension = -1;
-  list("add");
+  const pid_t extension = session_.extensionProcess();
   for (unsigned long round = 1; round <= roundCount; ++round) {
+    if (round % roundsPerStage == 1) {
+      list("add");
+    }
     work(editCount / roundCount);
     compare();
     ASSERT_FALSE(HasFatalFailure());
-    const pid_t current = session_.extensionProcess();
-    ASSERT_EQ(current, round == 1 ? current : extension) << "the extension has ended";
-    extension = current;
+    ASSERT_EQ(session_.extensionProcess(), extension) << "the extension has ended";
     greatestWatchCount = std::max(greatestWatchCount, figuresOfProcess(extension).watches);
-    if (round % 2 == 0) {
+    if (round % roundsPerStage == 0) {
       figures.push_back(figuresWithoutWorkingCopies());
       files.push_back(filesOfSession());
-      list("add");
+      beginStage();
     }
   }
-  for (const ProcessFigures &each : figures) {
-    EXPECT_EQ(each.threads, figures.front().threads);
-    EXPECT_EQ(each.descriptors, figures.front().descriptors);
-    EXPECT_EQ(each.watches, 0U);
+  const std::vector<ProcessFigures> &first = figures.front();
+  const std::vector<ProcessFigures> &last = figures.back();
+  ASSERT_EQ(first.size(), 3U);
+  ASSERT_EQ(last.size(), first.size());
+  for (std::size_t process = 0; process < first.size(); ++process) {
+    EXPECT_EQ(last[process].threads, first[process].threads);
+    EXPECT_EQ(last[process].descriptors, first[process].descriptors);
+    EXPECT_EQ(last[process].watches, 0U);
+    EXPECT_LT(last[process].ownMemory, first[process].ownMemory + tolerance);
   }
   EXPECT_EQ(files.back(), files.front());
-  // The working copies become larger, and what they take at the most leaves pages behind on which
-  // something is still in use. 100,000 edits that left 100 bytes each would show.
-  constexpr std::size_t tolerance = 8192;  // KiB
-  EXPECT_LT(figures.back().ownMemory, figures.front().ownMemory + tolerance);
 
-  unsigned long edits = 0;
-  unsigned long commands = 0;
-  for (const auto &workingCopy : workingCopies_) {
-    edits += workingCopy->editCount();
-    commands += workingCopy->commandCount();
+  std::cout << editCount_ << " edits and " << commandCount_ << " Subversion commands (seed "
+            << seed_ << "); at most " << greatestWatchCount << " watches\n"
+            << "Without working copies, after each stage, KiB of memory, threads and descriptors "
+            << "of the extension, of the process beside it and of the status worker:\n";
+  for (const std::vector<ProcessFigures> &stage : figures) {
+    for (const ProcessFigures &process : stage) {
+      std::cout << "  " << process.ownMemory << " " << process.threads << " " << process.descriptors
+                << ";";
+    }
+    std::cout << "\n";
   }
-  std::cout << edits << " edits and " << commands << " Subversion commands (seed " << seed_
-            << "); at most " << greatestWatchCount
-            << " watches; without working copies, after each "
-            << "fifth, KiB of memory:";
-  for (const ProcessFigures &each : figures) {
-    std::cout << " " << each.ownMemory;
-  }
-  std::cout << "; " << figures.back().threads << " threads and " << figures.back().descriptors
-            << " descriptors\n";
 }

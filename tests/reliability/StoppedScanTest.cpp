@@ -2,9 +2,9 @@
 #include <csignal>
 #include <gmock/gmock.h>
 
-#include "tests/reliability/ProcessTree.h"
 #include "tests/reliability/RunningScan.h"
 #include "tests/reliability/WorldFixture.h"
+#include "tests/support/ProcessTree.h"
 
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;

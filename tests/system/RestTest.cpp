@@ -2,11 +2,11 @@
 // their own.
 #include <cstdlib>
 #include <gmock/gmock.h>
-#include <sstream>
 #include <vector>
 
 #include "platform/FileURL.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/ProcessTree.h"
 #include "tests/system/LiveFixture.h"
 
 using namespace std::chrono_literals;
@@ -24,20 +24,13 @@ class AtRest : public LiveFixture {
     wc.svn({"update"});
   }
 
-  // Of the extension, the process beside it that starts programs, and the status worker.
   std::size_t wakeUps() {
-    std::size_t count = 0;
-    std::vector<pid_t> processes = {session.extensionProcess()};
-    for (std::size_t i = 0; i < processes.size(); ++i) {
-      count += wakeUpsOfProcess(processes[i]);
-      const std::string number = std::to_string(processes[i]);
-      std::istringstream children(
-          readFileForTest("/proc/" + number + "/task/" + number + "/children"));
-      for (pid_t child = -1; children >> child;) {
-        processes.push_back(child);
-      }
-    }
+    const std::vector<pid_t> processes = processesOfExtension(session.extensionProcess());
     EXPECT_EQ(processes.size(), 3U);
+    std::size_t count = 0;
+    for (const pid_t process : processes) {
+      count += wakeUpsOfProcess(process);
+    }
     return count;
   }
 
@@ -74,6 +67,21 @@ TEST_F(AtRest, WhatAScanHasUsedGoesBackToTheSystem) {
   ASSERT_EQ(asker.call("EndObservingDirectory", g_variant_new("(s)", item.c_str())), "");
   EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + used / 2; }))
       << ownMemory() - before << " KiB of " << used << " are kept";
+}
+
+TEST_F(AtRest, WhatALargeCallHasUsedGoesBackToTheSystemButForOneBuffer) {
+  BusClient asker(session.bus());
+  asker.directoryURLs();  // starts the extension
+  const std::size_t before = ownMemory();
+  // 12 MiB, of items that are in no working copy.
+  const std::vector<std::string> items(1024, "file:///" + std::string(12'000, 'x'));
+  ASSERT_EQ(asker.requestBadges(items), "");
+  ASSERT_TRUE(asker.waitForBadges(items.size()));
+
+  // GDBus reads into a buffer that it keeps as it was at its largest.
+  constexpr std::size_t expected = 12 * 1024;
+  EXPECT_TRUE(turnMainLoopUntil([&] { return ownMemory() < before + expected * 3 / 2; }))
+      << ownMemory() - before << " KiB are kept";
 }
 
 }  // namespace

@@ -8,7 +8,18 @@ namespace {
 // so after three there is nothing that belongs to what was.
 constexpr gint64 idleTime = 3000;  // milliseconds
 
+// What mallopt(3) names as the first values. Left to itself the allocator raises them to the
+// largest block and twice that, at most 64 MiB, and `malloc_trim` leaves as much at the end of the
+// memory of every thread but the main one.
+constexpr int mappedBlockSize = 128 << 10;
+constexpr int keptSize = 128 << 10;
+
 }  // namespace
+
+SpareMemory::SpareMemory() {
+  mallopt(M_MMAP_THRESHOLD, mappedBlockSize);
+  mallopt(M_TRIM_THRESHOLD, keptSize);
+}
 
 SpareMemory::~SpareMemory() {
   if (source_ != 0) {

@@ -7,7 +7,8 @@
 
 class SpareMemory {
  public:
-  SpareMemory() = default;
+  // For the whole process, from now on.
+  SpareMemory();
   ~SpareMemory();
   SpareMemory(const SpareMemory &) = delete;
   SpareMemory &operator=(const SpareMemory &) = delete;

@@ -75,10 +75,10 @@ std::optional<Field> nextField(WireValues &values) {
 }
 
 void giveBack(std::string &text) {
-  if (text.capacity() > keptCapacity) {
-    text = std::string();
-  }
   text.clear();
+  if (text.capacity() > keptCapacity) {
+    text.shrink_to_fit();
+  }
 }
 
 }  // namespace

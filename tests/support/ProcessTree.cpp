@@ -1,4 +1,4 @@
-#include "tests/reliability/ProcessTree.h"
+#include "tests/support/ProcessTree.h"
 
 #include <filesystem>
 #include <fstream>
@@ -59,6 +59,14 @@ std::vector<pid_t> processesOfProgram(const std::string &program, pid_t top) {
   }
   std::erase_if(candidates, [&](pid_t process) { return !isAtOrBelow(parents, process, top); });
   return candidates;
+}
+
+std::vector<pid_t> processesOfExtension(pid_t extension) {
+  std::vector<pid_t> processes = processesOfProgram("halvern-finder-sync", extension);
+  for (const pid_t worker : processesOfProgram("halvern-status-worker", extension)) {
+    processes.push_back(worker);
+  }
+  return processes;
 }
 
 bool waitForProcessEnd(pid_t process) {
