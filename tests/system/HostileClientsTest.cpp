@@ -121,6 +121,22 @@ TEST_F(HostileClients, CallsOf100000URLsAreTakenInTurnWithOthers) {
   expectLittleMemory(400);
 }
 
+TEST_F(HostileClients, WorkingCopiesThatAreForgottenAgainAndAgainKeepNobodyWaiting) {
+  constexpr std::size_t count = 1'000;
+  RawBusClient hostile(session.bus());
+  const Message end =
+      RawBusClient::call("EndObservingDirectory", g_variant_new("(s)", url.c_str()));
+  for (std::size_t i = 0; i < count; ++i) {
+    ASSERT_TRUE(hostile.send(end.get()));
+    ASSERT_TRUE(hostile.send(RawBusClient::requestForBadges(1, url).get()));
+  }
+  const std::size_t before = hostile.badgeCount();
+  expectService();
+  EXPECT_LT(hostile.badgeCount() - before, 10U) << "it waited for scans that others have caused";
+  EXPECT_TRUE(hostile.waitForBadges(count));
+  EXPECT_EQ(hostile.counts().at(answered), 2 * count);
+}
+
 TEST_F(HostileClients, MessagesOf100MegabytesAreRefusedAndTakeNoMemory) {
   RawBusClient hostile(session.bus());
   const Message message = RawBusClient::call(

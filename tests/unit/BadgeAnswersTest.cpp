@@ -112,4 +112,18 @@ TEST(BadgeAnswers, WhatWasTakenIsNotTakenAgain) {
   EXPECT_THAT(answers.takeMessages(), IsEmpty());
 }
 
+TEST(BadgeAnswers, ARequestOfNobodysIsOnlyPassedOn) {
+  BadgeAnswers answers;
+  int answered = 0;
+  answers.noteRequest(":1.1", "file:///");
+  answers.noteRequest("file:///", [&] { ++answered; });
+  EXPECT_EQ(answers.awaitedCount(), 2U);
+  answers.setBadge("", "file:///");
+  EXPECT_EQ(answered, 0) << "another one's answer";
+  EXPECT_TRUE(answers.setBadge("", "file:///"));
+  EXPECT_EQ(answered, 1);
+  EXPECT_EQ(answers.awaitedCount(), 0U);
+  EXPECT_EQ(answers.takeMessages().size(), 1U) << "for the client alone";
+}
+
 }  // namespace

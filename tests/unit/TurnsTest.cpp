@@ -90,4 +90,43 @@ TEST_F(TurnsTest, WorkEndsWithItsLastStep) {
   EXPECT_THAT(done, IsEmpty());
 }
 
+TEST_F(TurnsTest, WhoeverIsHeldHasNoTurnUntilReleased) {
+  turns.add(":1.1", work("held", 2));
+  turns.add(":1.2", work("other", 2));
+  turns.hold(":1.1");
+  turns.add(":1.1", work("later", 1));
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("other", "other"));
+
+  turns.release(":1.1");
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("other", "other", "held", "held", "later"));
+}
+
+TEST_F(TurnsTest, AStepMayHoldItsOwnClient) {
+  turns.add(":1.1", [this] {
+    done.emplace_back("holds");
+    turns.hold(":1.1");
+    return false;
+  });
+  turns.add(":1.1", work("next", 1));
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("holds"));
+  turns.release(":1.1");
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("holds", "next"));
+}
+
+TEST_F(TurnsTest, WhoeverIsHeldAndForgottenHasNothingLeft) {
+  turns.add(":1.1", work("forgotten", 1));
+  turns.hold(":1.1");
+  turns.forget(":1.1");
+  turns.release(":1.1");
+  EXPECT_TRUE(turns.isEmpty());
+  turns.release(":1.1");
+  turns.add(":1.1", work("new", 1));
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("new"));
+}
+
 }  // namespace

@@ -1,22 +1,34 @@
 #include "platform/linux/process/BadgeAnswers.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace {
 
 // Where the badges are gathered that nobody asked for.
 constexpr const char *everyone = "";
 
+// Whose requests have an answer that goes nowhere.
+constexpr const char *nobody = "";
+
 }  // namespace
 
 void BadgeAnswers::noteRequest(const std::string &client, const std::string &urlText) {
-  waiting_[urlText].push_back(client);
+  waiting_[urlText].push_back({client, nullptr});
+  ++awaitedCount_;
+}
+
+void BadgeAnswers::noteRequest(const std::string &urlText, std::function<void()> answered) {
+  waiting_[urlText].push_back({nobody, std::move(answered)});
   ++awaitedCount_;
 }
 
 void BadgeAnswers::forgetClient(const std::string &client) {
-  for (auto &[url, clients] : waiting_) {
-    std::replace(clients.begin(), clients.end(), client, std::string());
+  for (auto &[url, requests] : waiting_) {
+    for (Request &request : requests) {
+      if (request.client == client) {
+        request.client = nobody;
+      }
+    }
   }
   gathered_.erase(client);
 }
@@ -27,14 +39,19 @@ bool BadgeAnswers::setBadge(std::string_view identifier, const std::string &urlT
     gathered_[everyone].emplace_back(urlText, identifier);
     return false;
   }
-  const std::string client = std::move(found->second.front());
+  const Request request = std::move(found->second.front());
   found->second.pop_front();
   if (found->second.empty()) {
     waiting_.erase(found);
+    if (waiting_.empty()) {
+      waiting_.rehash(0);  // the table has the size of the largest request
+    }
   }
   --awaitedCount_;
-  if (!client.empty()) {
-    gathered_[client].emplace_back(urlText, identifier);
+  if (request.client != nobody) {
+    gathered_[request.client].emplace_back(urlText, identifier);
+  } else if (request.answered) {
+    request.answered();
   }
   return true;
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -29,6 +30,8 @@ class BadgeAnswers {
   static constexpr std::size_t greatestMessageCount = 200'000;
 
   void noteRequest(const std::string &client, const std::string &urlText);
+  // A request of nobody's, whose answer is only passed on: by a call of `answered`.
+  void noteRequest(const std::string &urlText, std::function<void()> answered);
   // Whether somebody had asked for it.
   bool setBadge(std::string_view identifier, const std::string &urlText);
 
@@ -43,8 +46,13 @@ class BadgeAnswers {
   std::vector<Message> takeMessages();
 
  private:
-  // The clients that wait for a url, in the order in which they asked; "" for one that has left.
-  std::unordered_map<std::string, std::deque<std::string>> waiting_;
+  struct Request {
+    std::string client;              // "" for one that has left, and for nobody
+    std::function<void()> answered;  // may be none
+  };
+
+  // Those that wait for a url, in the order in which they asked.
+  std::unordered_map<std::string, std::deque<Request>> waiting_;
   std::size_t awaitedCount_ = 0;
   std::map<std::string, Badges> gathered_;
 };

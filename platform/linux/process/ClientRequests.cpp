@@ -179,7 +179,8 @@ Turns::Step ClientRequests::askingStep(const Call &call) {
 }
 
 // Beside the client's requests for badges, whose order counts: the one that ends has the next be
-// answered anew.
+// answered anew. So whoever ends again and again has the same working copy be looked at as often,
+// and must not put all of that in front of others.
 Turns::Step ClientRequests::observe(const Call &call, Observe method) {
   return [this, call, method] {
     requests_.add(call->client, [this, call, method] {
@@ -189,6 +190,7 @@ Turns::Step ClientRequests::observe(const Call &call, Observe method) {
       if (url) {
         (principalObject_->*method)(*url);
         answer(call, nullptr);
+        holdUntilAnswered(call->client);
         spareMemory_.noteWork();
       } else {
         refuse(call, error);
@@ -197,6 +199,17 @@ Turns::Step ClientRequests::observe(const Call &call, Observe method) {
     });
     return isDone;
   };
+}
+
+// Look-ups are answered in their order, and one of what is in no working copy takes no time.
+void ClientRequests::holdUntilAnswered(const std::string &client) {
+  const FileURL nothing = FileURL::fromPath("/", true);
+  requests_.hold(client);
+  answers_.noteRequest(nothing.text(), [this, client] {
+    requests_.release(client);
+    work_.wake();
+  });
+  principalObject_->requestBadgeIdentifierForURL(nothing);
 }
 
 Turns::Step ClientRequests::menu(const Call &call) {

@@ -63,6 +63,8 @@ class ClientRequests {
 
   // Checks the urls of that argument, some in a step; in the last one, if all are valid, uses them.
   Turns::Step withURLs(const Call &call, std::size_t argument, UseURLs use);
+  // The client has its next turn when all is answered that has been asked for up to now.
+  void holdUntilAnswered(const std::string &client);
   // Has the badges looked up that a call asks for, some in a step.
   Turns::Step askingStep(const Call &call);
 

@@ -1,11 +1,10 @@
 #include "platform/linux/process/guard/Turns.h"
 
-#include <algorithm>
 #include <utility>
 
 void Turns::add(const std::string &client, Step step) {
   std::deque<Step> &steps = work_[client];
-  if (steps.empty()) {
+  if (steps.empty() && !held_.contains(client)) {
     order_.push_back(client);
   }
   steps.push_back(std::move(step));
@@ -22,13 +21,24 @@ void Turns::takeOne() {
   }
   if (work->second.empty()) {
     work_.erase(work);
-  } else {
+  } else if (!held_.contains(client)) {
     order_.push_back(std::move(client));
   }
 }
 
 void Turns::forget(const std::string &client) {
   if (work_.erase(client) != 0) {
-    order_.erase(std::find(order_.begin(), order_.end(), client));
+    std::erase(order_, client);
+  }
+}
+
+void Turns::hold(const std::string &client) {
+  held_.insert(client);
+  std::erase(order_, client);
+}
+
+void Turns::release(const std::string &client) {
+  if (held_.erase(client) != 0 && work_.contains(client)) {
+    order_.push_back(client);
   }
 }

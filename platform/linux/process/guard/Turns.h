@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 class Turns {
  public:
@@ -14,6 +15,7 @@ class Turns {
   using Step = std::function<bool()>;
 
   void add(const std::string &client, Step step);
+  // Whether nobody can have a turn.
   bool isEmpty() const { return order_.empty(); }
 
   // One step of the client whose turn it is. The step may add work, for anybody.
@@ -22,7 +24,12 @@ class Turns {
   // Drops all work of the client. Not to be called by a step.
   void forget(const std::string &client);
 
+  // The client has no turn until it is released. A step may hold its own client.
+  void hold(const std::string &client);
+  void release(const std::string &client);
+
  private:
   std::unordered_map<std::string, std::deque<Step>> work_;
-  std::deque<std::string> order_;  // of the clients that have work
+  std::deque<std::string> order_;  // of the clients that have work and are not held
+  std::unordered_set<std::string> held_;
 };
