@@ -1,8 +1,8 @@
 // A session in which programs are killed at random moments while the list of working copies is
-// edited, published and recovered. After each one what was known is still known; and when the
-// session goes on, its state becomes right and complete.
+// edited, published and recovered, and badges are looked up. After each one what was known is still
+// known; and when the session goes on, its state becomes right and complete.
 //
-// HALVERN_MOMENTS says how often (50), HALVERN_SEED from which seed.
+// HALVERN_MOMENTS says how often somebody is killed (50), HALVERN_SEED from which seed.
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
@@ -33,12 +33,12 @@ using Names = std::set<std::string>;
 
 constexpr int workingCopyCount = 4;
 
+// In each of them, so that a scan takes long enough to be met.
+constexpr int fileCount = 2'000;
+
 // As long as the slowest of what is interrupted, a start of the extension, takes with room to
 // spare.
 constexpr int longestWait = 60'000;  // microseconds
-
-// Programs that run as the extension's process or beneath it.
-const std::vector<std::string> extensionPrograms = {"halvern-finder-sync", "halvern-status-worker"};
 
 unsigned long numberInEnvironment(const char *name, unsigned long otherwise) {
   const char *text = std::getenv(name);
@@ -47,14 +47,23 @@ unsigned long numberInEnvironment(const char *name, unsigned long otherwise) {
 
 class KilledAtAnyMoment : public testing::Test {
  protected:
-  enum class Operation { add, remove, recover, leave, republish, start };
+  enum class Operation { add, remove, recover, leave, republish, start, look };
+  static constexpr unsigned operationCount = 7;
 
   void SetUp() override {
     std::printf("HALVERN_SEED=%lu HALVERN_MOMENTS=%lu\n", seed_, moments_);
     const WorkingCopy first(session_.directory(), "wc0");
+    for (int i = 0; i < fileCount; ++i) {
+      writeFile(first / ("folder/" + std::to_string(i)), "text\n");
+    }
+    first.svn({"add", "--quiet", "folder"});
+    first.addFile("file.txt", "text\n");
     fs::create_directory(session_ / "elsewhere");
     for (int i = 1; i < workingCopyCount; ++i) {
       first.checkOutAgain("wc" + std::to_string(i));
+    }
+    for (int i = 0; i < workingCopyCount; ++i) {
+      writeFile(home(i) + "/file.txt", "edited\n");
     }
     ASSERT_EQ(session_.halvern({"add", home(0), home(1)}).status, 0);
     settle();
@@ -63,6 +72,10 @@ class KilledAtAnyMoment : public testing::Test {
   std::string home(int number) const { return session_ / ("wc" + std::to_string(number)); }
   std::string elsewhere(int number) const {
     return session_ / ("elsewhere/wc" + std::to_string(number));
+  }
+
+  std::string fileURL(int number) const {
+    return FileURL::fromPath(home(number) + "/file.txt").text();
   }
 
   int anyNumber() { return static_cast<int>(random_() % workingCopyCount); }
@@ -122,9 +135,20 @@ class KilledAtAnyMoment : public testing::Test {
         republish();
         return {};
       case Operation::start:
-        killExtension(extensionPrograms.front());
+        if (const pid_t extension = session_.extensionProcess(); extension > 0) {
+          kill(extension, SIGKILL);
+        }
         startExtension();
         return {};
+      case Operation::look: {
+        BusClient client(session_.bus());
+        for (int i = 0; i < workingCopyCount; ++i) {
+          EXPECT_EQ(client.call("EndObservingDirectory", g_variant_new("(s)", fileURL(i).c_str())),
+                    "");
+          EXPECT_EQ(client.requestBadges({fileURL(i)}), "");
+        }
+        return {};
+      }
     }
     return {};
   }
@@ -132,16 +156,6 @@ class KilledAtAnyMoment : public testing::Test {
   // It is the moment that is random, so it is time that is waited for. Early ones come more often:
   // then most is written.
   void waitForAnyMoment() { g_usleep(random_() % (1 + random_() % longestWait)); }
-
-  void killExtension(const std::string &program) const {
-    const pid_t extension = session_.extensionProcess();
-    if (extension <= 0) {
-      return;
-    }
-    for (const pid_t process : processesOfProgram(program, extension)) {
-      kill(process, SIGKILL);
-    }
-  }
 
   void killBus() {
     const auto connection = session_.bus().connect();
@@ -160,28 +174,62 @@ class KilledAtAnyMoment : public testing::Test {
     session_.replaceBus();
   }
 
+  // Who can be killed besides the companion, by name: the bus and the extension's processes. A scan
+  // is a process that the worker has forked.
+  std::vector<std::pair<std::string, pid_t>> victims() const {
+    std::vector<std::pair<std::string, pid_t>> processes = {{"bus", 0}};
+    const pid_t extension = session_.extensionProcess();
+    if (extension > 0) {
+      processes.emplace_back("extension", extension);
+      for (const pid_t process : processesOfProgram("halvern-finder-sync", extension)) {
+        if (process != extension) {
+          processes.emplace_back("spawner", process);
+        }
+      }
+      const auto workers = processesOfProgram("halvern-status-worker", extension);
+      for (const pid_t process : workers) {
+        const bool isScan =
+            std::count(workers.begin(), workers.end(), parentOfProcess(process)) > 0;
+        processes.emplace_back(isScan ? "scan" : "worker", process);
+      }
+    }
+    return processes;
+  }
+
+  // Half of the time whoever is there for a short time only. The companion may have come to its end
+  // meanwhile.
   void killSomebody(const StartedCommand *companion) {
-    const std::size_t choice =
-        random_() % (extensionPrograms.size() + (companion == nullptr ? 1 : 2));
-    if (choice < extensionPrograms.size()) {
-      killExtension(extensionPrograms[choice]);
-      ++kills_[extensionPrograms[choice]];
-    } else if (choice == extensionPrograms.size()) {
-      killBus();
-      ++kills_["dbus-daemon"];
-    } else {
+    const auto processes = victims();
+    const bool isTransient = random_() % 2 == 0;
+    if (companion != nullptr && isTransient) {
       companion->sendSignal(SIGKILL);
-      ++kills_["halvern"];
+      return;
+    }
+    const bool hasScan = processes.back().first == "scan";
+    const std::size_t choice =
+        hasScan && isTransient ? processes.size() - 1 : random_() % processes.size();
+    if (processes[choice].first == "bus") {
+      killBus();
+      ++kills_["bus"];
+    } else if (kill(processes[choice].second, SIGKILL) == 0) {
+      ++kills_[processes[choice].first];
     }
   }
 
   // How much of what was to be interrupted was.
-  void printKills(int cutOffCommands, int unfinishedFiles) const {
-    for (const auto &[program, count] : kills_) {
-      std::printf("%s killed %d times\n", program.c_str(), count);
+  void printKills(int unfinishedFiles) const {
+    for (const auto &[victim, count] : kills_) {
+      std::printf("%s killed %lu times\n", victim.c_str(), count);
     }
-    std::printf("%d commands of the companion cut off; unfinished files found %d times\n",
-                cutOffCommands, unfinishedFiles);
+    std::printf("unfinished files found %d times\n", unfinishedFiles);
+  }
+
+  unsigned long killCount() const {
+    unsigned long count = 0;
+    for (const auto &[victim, killed] : kills_) {
+      count += killed;
+    }
+    return count;
   }
 
   // What must hold whatever was killed when.
@@ -251,6 +299,20 @@ class KilledAtAnyMoment : public testing::Test {
     return bookmark ? *bookmark->at("path").as<std::string>() : "";
   }
 
+  // Whether the extension says of the edited files of all working copies in their place what they
+  // are.
+  bool badgesAreRight(const Places &places) const {
+    BusClient client(session_.bus());
+    BusClient::Badges expected;
+    std::vector<std::string> urls;
+    for (const std::string &directory : places.urls) {
+      urls.push_back(directory + "file.txt");
+      expected.emplace_back(urls.back(), "modified");
+    }
+    return client.requestBadges(urls) == "" && client.waitForBadges(urls.size()) &&
+           client.set == expected;
+  }
+
   // Waits until the extension, which is started if need be, shows what is listed and has what it
   // needs to know.
   void settle() const {
@@ -264,6 +326,7 @@ class KilledAtAnyMoment : public testing::Test {
       }
     });
     EXPECT_TRUE(isRight) << "not all listed working copies are shown";
+    EXPECT_TRUE(turnMainLoopUntil([&] { return badgesAreRight(places); }));
     const SessionState state(session_);
     for (const std::string &identifier : places.here) {
       EXPECT_TRUE(state.bookmarked.contains(identifier)) << identifier;
@@ -279,16 +342,15 @@ class KilledAtAnyMoment : public testing::Test {
   const unsigned long seed_ = numberInEnvironment("HALVERN_SEED", 20261);
   const unsigned long moments_ = numberInEnvironment("HALVERN_MOMENTS", 50);
   std::mt19937 random_{static_cast<std::mt19937::result_type>(seed_)};
-  std::map<std::string, int> kills_;
+  std::map<std::string, unsigned long> kills_;
   ExtensionSession session_;
 };
 
 TEST_F(KilledAtAnyMoment, ASessionLosesNothingAndComesBackComplete) {
-  int cutOffCommands = 0;
   int unfinishedFiles = 0;
-  for (unsigned long moment = 0; moment < moments_; ++moment) {
+  for (unsigned long moment = 0; killCount() < moments_; ++moment) {
     const SessionState before(session_);
-    const auto operation = static_cast<Operation>(random_() % 6);
+    const auto operation = static_cast<Operation>(random_() % operationCount);
     SCOPED_TRACE("moment " + std::to_string(moment) + ", operation " +
                  std::to_string(static_cast<int>(operation)));
     const std::vector<std::string> arguments = begin(operation);
@@ -301,7 +363,7 @@ TEST_F(KilledAtAnyMoment, ASessionLosesNothingAndComesBackComplete) {
     waitForAnyMoment();
     killSomebody(companion.get());
     if (companion != nullptr && companion->waitForEnd().status == 128 + SIGKILL) {
-      ++cutOffCommands;
+      ++kills_["companion"];
     }
     unfinishedFiles += unfinishedFilesOf(session_).empty() ? 0 : 1;
     expectNothingIsLost(before, operation);
@@ -315,7 +377,7 @@ TEST_F(KilledAtAnyMoment, ASessionLosesNothingAndComesBackComplete) {
     }
     ASSERT_FALSE(HasFailure()) << "HALVERN_SEED=" << seed_;
   }
-  printKills(cutOffCommands, unfinishedFiles);
+  printKills(unfinishedFiles);
 }
 
 }  // namespace

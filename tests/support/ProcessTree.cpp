@@ -42,6 +42,10 @@ bool isAtOrBelow(const std::map<pid_t, pid_t> &parents, pid_t process, pid_t top
 
 }  // namespace
 
+pid_t parentOfProcess(pid_t process) {
+  return parentOf("/proc/" + std::to_string(process));
+}
+
 std::vector<pid_t> processesOfProgram(const std::string &program, pid_t top) {
   std::map<pid_t, pid_t> parents;
   std::vector<pid_t> candidates;

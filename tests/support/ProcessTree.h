@@ -5,6 +5,8 @@
 #include <sys/types.h>
 #include <vector>
 
+pid_t parentOfProcess(pid_t process);  // 0 where it has ended
+
 // Those that run a program of that file name, among the process `top` and all beneath it. Those
 // that end meanwhile may be missing.
 std::vector<pid_t> processesOfProgram(const std::string &program, pid_t top);
