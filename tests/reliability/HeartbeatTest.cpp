@@ -18,9 +18,10 @@ namespace {
 // How many beats there are while `work` is done again and again for that long. Nothing else happens
 // in the process.
 template <typename Work>
-int beatsDuring(std::chrono::milliseconds duration, Work work) {
+int beatsDuring(std::chrono::milliseconds duration, Work work,
+                std::chrono::milliseconds interval = 1s) {
   std::atomic<int> count = 0;
-  const Heartbeat heartbeat([&count] { ++count; });
+  const Heartbeat heartbeat([&count] { ++count; }, interval);
   const auto end = std::chrono::steady_clock::now() + duration;
   while (std::chrono::steady_clock::now() < end) {
     work();
@@ -46,6 +47,21 @@ TEST(Heartbeat, BeatsWhileALargeFileIsRead) {
                           }
                         }),
             2);
+}
+
+// Whatever the kernel does for it, a walk that never comes to another directory ends: three seconds
+// here are as many as 1,500.
+TEST(Heartbeat, IsSilentAfterThreeHundredBeatsInOneDirectory) {
+  const TemporaryDirectory directory;
+  const auto look = [&] {
+    for (int i = 0; i < 100; ++i) {
+      access(directory.path().c_str(), F_OK);
+    }
+    usleep(100);
+  };
+  const int count = beatsDuring(3s, look, 2ms);
+  EXPECT_GT(count, 250);
+  EXPECT_LE(count, 300);
 }
 
 // As in a damaged database. A timer interrupt at the wrong moment may look like work, once.

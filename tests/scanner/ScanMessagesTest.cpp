@@ -57,6 +57,15 @@ TEST(ScanMessages, ARequestArrivesAsItWasSent) {
             std::nullopt);
 }
 
+TEST(ScanMessages, TheTextOfAnErrorIsCutAndMadeUTF8) {
+  const auto sent = decodeScanMessage(encode(ScanMessage(ScanEnd{1, "caf\xE9"})));
+  ASSERT_TRUE(sent);
+  EXPECT_EQ(std::get<ScanEnd>(*sent).message, "caf\xEF\xBF\xBD");
+  const auto cut = decodeScanMessage(encode(ScanMessage(ScanEnd{1, std::string(2'000, 'x')})));
+  ASSERT_TRUE(cut);
+  EXPECT_EQ(std::get<ScanEnd>(*cut).message, std::string(1'024, 'x'));
+}
+
 TEST(ScanMessages, WhatIsNoneOfThemIsRefused) {
   const std::string whole = encode(ScanEnd{1, "message"});
   for (const std::string &bytes :

@@ -173,10 +173,11 @@ TEST(WorkerScanner, AWorkerThatIsGoneIsReplaced) {
 
 TEST(WorkerScanner, WorkersThatEndAtOnceAreNotTheRootsFault) {
   bool endsAtOnce = true;
-  ScriptedWorkers workers([&](const ScanRequest &, const MessageSocket &receiver) {
+  ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
     if (endsAtOnce) {
       return std::optional<ScanExit>();
     }
+    begin(receiver, request);
     receiver.send(encode(ScanMessage(ScanEnd{})));
     return std::optional(wellEnded);
   });
@@ -189,7 +190,8 @@ TEST(WorkerScanner, WorkersThatEndAtOnceAreNotTheRootsFault) {
 
 TEST(WorkerScanner, AWorkerThatCannotBeStartedIsNotTheRootsFault) {
   bool canStart = false;
-  ScriptedWorkers workers([](const ScanRequest &, const MessageSocket &receiver) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
     receiver.send(encode(ScanMessage(ScanEnd{})));
     return std::optional(wellEnded);
   });
@@ -205,19 +207,24 @@ TEST(WorkerScanner, AWorkerThatCannotBeStartedIsNotTheRootsFault) {
   EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
 }
 
-TEST(WorkerScanner, ALackOfMemoryIsNotTheRootsFault) {
-  for (const int status : {workerExitWithoutMemory, workerExitWithoutProcess}) {
+TEST(WorkerScanner, ALackOfMemoryOrOfConfinementIsNotTheRootsFault) {
+  const std::pair<int, const char *> lacks[] = {
+      {workerExitWithoutMemory, "There is not enough memory"},
+      {workerExitWithoutProcess, "There are no more processes to be had"},
+      {workerExitWithoutConfinement, "The scan cannot be confined"}};
+  for (const auto &[status, message] : lacks) {
+    const int exitStatus = status;
     bool isThereEnough = false;
     ScriptedWorkers workers([&](const ScanRequest &request, const MessageSocket &receiver) {
       begin(receiver, request);
       if (!isThereEnough) {
-        return std::optional(ScanExit{false, status});
+        return std::optional(ScanExit{false, exitStatus});
       }
       receiver.send(encode(ScanMessage(ScanEnd{})));
       return std::optional(wellEnded);
     });
     WorkerScanner scanner(workers.starter());
-    EXPECT_THAT(scanWith(scanner, "/wc").message, HasSubstr("There "));
+    EXPECT_EQ(scanWith(scanner, "/wc").message, message);
     isThereEnough = true;
     EXPECT_EQ(scanWith(scanner, "/wc").error, 0);
   }
@@ -238,7 +245,7 @@ TEST(WorkerScanner, SilenceEndsTheWorkerAndBeatsDoNot) {
     receiver.receive(&nothing);  // until the extension has given it up
     return std::optional<ScanExit>();
   });
-  WorkerScanner scanner(workers.starter(), patience);
+  WorkerScanner scanner(workers.starter(), {.silence = patience});
   EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
   EXPECT_EQ(scanWith(scanner, "/hanging").message, "The scan hangs");
   EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
@@ -272,6 +279,64 @@ TEST(WorkerScanner, WhatAScanMayNotSayEndsIt) {
     EXPECT_NE(scanWith(scanner, "/wc").error, 0);
     EXPECT_EQ(workers.scanCount, 1);
   }
+}
+
+TEST(WorkerScanner, TheDatabaseComesFirstAndOnceAndIsTheTargets) {
+  const auto database = [](const std::string &path) {
+    return encode(ScanMessage(ScanDatabase{path, ""}));
+  };
+  const std::vector<std::string> conversations[] = {
+      {encode(ScanMessage(ScanBeat{}))},
+      {encode(ScanMessage(ScanReports{{"/wc/x", svn_wc_status_modified, false, false, false}}))},
+      {encode(ScanMessage(ScanEnd{}))},
+      {database("/top/wc/.svn/wc.db"), database("/top/wc/.svn/wc.db")},
+      {database("/top/wc/.svn/wc.db"), database("/top/.svn/wc.db")},
+      {database("/etc/passwd")},
+      {database("/top/other/.svn/wc.db")},
+      {database("/top/wc/below/.svn/wc.db")},
+      {database("/top/wc/../../.svn/wc.db")},
+      {database("")}};
+  for (const auto &conversation : conversations) {
+    ScriptedWorkers workers([&](const ScanRequest &, const MessageSocket &receiver) {
+      for (const std::string &message : conversation) {
+        receiver.send(message);
+      }
+      std::string nothing;
+      receiver.receive(&nothing);
+      return std::optional<ScanExit>();
+    });
+    WorkerScanner scanner(workers.starter());
+    const Scanned result = scanWith(scanner, "/top/wc");
+    EXPECT_EQ(result.message, "The scan sent what is not understood") << conversation.back();
+    EXPECT_THAT(result.paths, IsEmpty());
+  }
+  for (const char *path : {"/top/wc/.svn/wc.db", "/top/.svn/wc.db", "/.svn/wc.db"}) {
+    ScriptedWorkers workers([&](const ScanRequest &, const MessageSocket &receiver) {
+      receiver.send(database(path));
+      receiver.send(encode(ScanMessage(ScanEnd{})));
+      return wellEnded;
+    });
+    WorkerScanner scanner(workers.starter());
+    EXPECT_EQ(scanWith(scanner, "/top/wc").error, 0) << path;
+  }
+}
+
+TEST(WorkerScanner, AScanThatReportsTooMuchIsEnded) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    for (char name = 'a'; name <= 'z'; ++name) {
+      report(receiver, request.targetPath + "/" + name);
+    }
+    std::string nothing;
+    receiver.receive(&nothing);
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter(), {.reports = 100});
+  const Scanned result = scanWith(scanner, "/wc");
+  EXPECT_EQ(result.message, "The scan has too much to report");
+  EXPECT_EQ(result.paths.size(), 20U);
+  EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+  EXPECT_EQ(workers.scanCount, 1);
 }
 
 TEST(WorkerScanner, NothingMayFollowTheEnd) {

@@ -1,11 +1,14 @@
 #include "platform/linux/confinement/FileView.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/landlock.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include <glib.h>
 
 namespace platform {
 
@@ -49,6 +52,10 @@ std::size_t sizeUpTo(long version) {
   return version >= 6 ? 3 * word : version >= 4 ? 2 * word : word;
 }
 
+Result<bool> lastFailure() {
+  return Result<bool>::failure(g_strerror(errno));
+}
+
 }  // namespace
 
 void FileView::allowReading(const std::string &path) {
@@ -66,22 +73,22 @@ void FileView::allow(const std::string &path, std::uint64_t rights) {
   }
 }
 
-bool FileView::enforce() const {
+Result<bool> FileView::enforce() const {
   const long version =
       syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
   if (version < 1) {
-    return false;
+    return errno == ENOSYS || errno == EOPNOTSUPP ? Result<bool>(false) : lastFailure();
   }
   const RulesetAttributes attributes = everythingUpTo(version);
   const FileDescriptor ruleset(
       static_cast<int>(syscall(SYS_landlock_create_ruleset, &attributes, sizeUpTo(version), 0)));
   if (ruleset < 0) {
-    return false;
+    return lastFailure();
   }
   for (const Place &place : places_) {
     struct stat status {};
     if (fstat(place.file, &status) != 0) {
-      return false;
+      return lastFailure();
     }
     landlock_path_beneath_attr rule{};
     rule.parent_fd = place.file;
@@ -91,11 +98,14 @@ bool FileView::enforce() const {
     }
     if (syscall(SYS_landlock_add_rule, static_cast<int>(ruleset), LANDLOCK_RULE_PATH_BENEATH, &rule,
                 0) != 0) {
-      return false;
+      return lastFailure();
     }
   }
-  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         syscall(SYS_landlock_restrict_self, static_cast<int>(ruleset), 0) == 0;
+  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+      syscall(SYS_landlock_restrict_self, static_cast<int>(ruleset), 0) != 0) {
+    return lastFailure();
+  }
+  return true;
 }
 
 }  // namespace platform

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/Result.h"
 #include "platform/linux/FileDescriptor.h"
 
 namespace platform {
@@ -23,8 +24,9 @@ class FileView {
   void allowReadingAndWriting(const std::string &path);
 
   // Takes effect for the calling thread and those that it starts from then on, for good. False if
-  // the kernel cannot, and then nothing has changed. Sets "no new privileges".
-  bool enforce() const;
+  // the kernel has no Landlock, or was told to do without; and then nothing has changed. Sets "no
+  // new privileges".
+  Result<bool> enforce() const;
 
  private:
   struct Place {

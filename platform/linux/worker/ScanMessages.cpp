@@ -1,5 +1,7 @@
 #include "platform/linux/worker/ScanMessages.h"
 
+#include <algorithm>
+
 #include "platform/linux/GLibHandles.h"
 
 using platform::VariantHandle;
@@ -19,6 +21,9 @@ constexpr unsigned conflictedBit = 1;
 constexpr unsigned lockedBit = 2;
 constexpr unsigned switchedBit = 4;
 constexpr unsigned allBits = conflictedBit | lockedBit | switchedBit;
+
+// Bytes of what the library says of an error. What is no UTF-8 becomes three times as much.
+constexpr std::size_t greatestErrorText = 1024;
 
 // The top of every message is a variant, so that a message says itself which it is.
 std::string serialized(GVariant *contents) {
@@ -91,7 +96,9 @@ GVariant *variantOf(const ScanBeat & /*beat*/) {
 }
 
 GVariant *variantOf(const ScanEnd &end) {
-  return g_variant_new(endType, end.error, end.message.c_str());
+  const platform::StringHandle message(g_utf8_make_valid(
+      end.message.data(), static_cast<gssize>(std::min(end.message.size(), greatestErrorText))));
+  return g_variant_new(endType, end.error, message.get());
 }
 
 }  // namespace
@@ -165,7 +172,8 @@ std::optional<ScanMessage> decodeScanMessage(std::string_view bytes) {
     const char *message = nullptr;
     g_variant_get(value.get(), "(i&s)", &end.error, &message);
     end.message = message;
-    return end;
+    return end.message.size() <= 3 * greatestErrorText ? std::optional<ScanMessage>(end)
+                                                       : std::nullopt;
   }
   return std::nullopt;
 }

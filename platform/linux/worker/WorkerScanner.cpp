@@ -40,6 +40,16 @@ bool isPathBelow(const std::string &root, const std::string &path) {
          path.find("/../") == std::string::npos && !path.ends_with("/..");
 }
 
+// Whether it is where the database of a working copy can be that the target is in.
+bool isDatabaseAbove(const std::string &target, const std::string &path) {
+  constexpr std::string_view name = "/.svn/wc.db";
+  if (!path.ends_with(name)) {
+    return false;
+  }
+  const std::string top = path.substr(0, path.size() - name.size());
+  return isPathBelow(top.empty() ? "/" : top, target);
+}
+
 }  // namespace
 
 // One attempt to have one root scanned by one worker.
@@ -54,8 +64,8 @@ class WorkerScanner::OneScan {
   };
 
   OneScan(const MessageSocket &worker, const ScanRequest &request,
-          const KTRWorkingCopyEntryBlock &entryBlock, std::chrono::seconds patience)
-      : worker_(worker), request_(request), entryBlock_(entryBlock), patience_(patience) {}
+          const KTRWorkingCopyEntryBlock &entryBlock, const Limits &limits)
+      : worker_(worker), request_(request), entryBlock_(entryBlock), limits_(limits) {}
 
   Result run() {
     auto sockets = MessageSocket::makePair();
@@ -69,7 +79,7 @@ class WorkerScanner::OneScan {
     sockets.reset();  // so that the end of the scan is the end of the connection
     std::string bytes;
     for (;;) {
-      switch (scan.receiveWithin(patience_, &bytes)) {
+      switch (scan.receiveWithin(limits_.silence, &bytes)) {
         case MessageSocket::Reception::message:
           if (const std::optional<Result> result = take(bytes)) {
             return *result;
@@ -95,7 +105,9 @@ class WorkerScanner::OneScan {
  private:
   std::optional<Result> take(const std::string &bytes) {
     const std::optional<ScanMessage> message = decodeScanMessage(bytes);
-    if (!message || isAtEnd_) {
+    // The database comes first, and once.
+    if (!message || isAtEnd_ ||
+        std::holds_alternative<ScanDatabase>(*message) == database_.has_value()) {
       return end(Result::endedByRoot, notUnderstood);
     }
     return std::visit([this](const auto &contents) { return this->take(contents); }, *message);
@@ -106,6 +118,10 @@ class WorkerScanner::OneScan {
       if (!isPathBelow(request_.targetPath, report.path)) {
         return end(Result::endedByRoot, notUnderstood);
       }
+      reportsSize_ += report.path.size();
+      if (reportsSize_ > limits_.reports) {
+        return end(Result::endedByRoot, "The scan has too much to report");
+      }
       if (svn_error_t *error = deliver(report)) {
         error_.reset(error);
         return Result::refused;
@@ -115,6 +131,9 @@ class WorkerScanner::OneScan {
   }
 
   std::optional<Result> take(const ScanDatabase &database) {
+    if (!isDatabaseAbove(request_.targetPath, database.path)) {
+      return end(Result::endedByRoot, notUnderstood);
+    }
     database_ = database;
     return std::nullopt;
   }
@@ -132,7 +151,7 @@ class WorkerScanner::OneScan {
   // How the process of the scan has ended, the worker knows.
   Result resultAfterExit() {
     std::string bytes;
-    const MessageSocket::Reception reception = worker_.receiveWithin(patience_, &bytes);
+    const MessageSocket::Reception reception = worker_.receiveWithin(limits_.silence, &bytes);
     const std::optional<ScanExit> exit =
         reception == MessageSocket::Reception::message ? decodeScanExit(bytes) : std::nullopt;
     isWorkerIdle_ = exit.has_value();
@@ -176,16 +195,17 @@ class WorkerScanner::OneScan {
   const MessageSocket &worker_;
   const ScanRequest &request_;
   const KTRWorkingCopyEntryBlock &entryBlock_;
-  const std::chrono::seconds patience_;
+  const Limits &limits_;
   std::optional<ScanDatabase> database_;
+  std::size_t reportsSize_ = 0;  // bytes of paths
   SVNError error_;
   bool isAtEnd_ = false;
   bool isWorkerIdle_ = false;
 };
 
-WorkerScanner::WorkerScanner(StartWorker startWorker, std::chrono::seconds patience)
+WorkerScanner::WorkerScanner(StartWorker startWorker, const Limits &limits)
     : startWorker_(std::move(startWorker)),
-      patience_(patience),
+      limits_(limits),
       barredRoots_(platform::systemCallPatience) {}
 
 svn_error_t *WorkerScanner::scan(const std::string &targetPath,
@@ -209,7 +229,7 @@ svn_error_t *WorkerScanner::scan(const std::string &targetPath,
       }
       worker = std::move(*started);
     }
-    OneScan attempted(worker->socket(), request, entryBlock, patience_);
+    OneScan attempted(worker->socket(), request, entryBlock, limits_);
     const OneScan::Result result = attempted.run();
     if (attempted.isWorkerIdle()) {
       keepIdle(std::move(worker));

@@ -5,7 +5,7 @@
 // - Of a status, `node_status`, `conflicted`, `switched` and whether there is a `lock` are filled
 //   in.
 // - A worker is started for the first scan and kept for the next one. One that is silent for eight
-//   seconds is ended.
+//   seconds, or reports more than any working copy has, is ended.
 // - A root whose scan ends a worker is not scanned again until its database changes; until then its
 //   scans fail at once. Signals from outside, a lack of memory and a worker that cannot be started
 //   are not the root's fault.
@@ -18,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/ThreadSafety.h"
 #include "platform/linux/worker/BarredRoots.h"
@@ -27,10 +28,17 @@
 
 class WorkerScanner {
  public:
-  // Scans that are silent for longer than `patience` are ended. The worker gives a sign every
-  // second while its scan goes on, and waits for the locks of others for less than two.
-  explicit WorkerScanner(StartWorker startWorker,
-                         std::chrono::seconds patience = std::chrono::seconds(8));
+  // Scans beyond these are ended. The worker gives a sign every second while its scan goes on, and
+  // waits for the locks of others for less than two.
+  struct Limits {
+    std::chrono::seconds silence{8};
+    // Bytes of paths: what is reported is kept in this process. Two million items with long paths.
+    std::size_t reports = 256 << 20;
+  };
+
+  explicit WorkerScanner(StartWorker startWorker)
+      : WorkerScanner(std::move(startWorker), Limits{}) {}
+  WorkerScanner(StartWorker startWorker, const Limits &limits);
 
   svn_error_t *scan(const std::string &targetPath, const std::optional<std::string> &configDir,
                     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock)
@@ -43,7 +51,7 @@ class WorkerScanner {
   void keepIdle(std::unique_ptr<WorkerProcess> worker) KTR_EXCLUDES(lock_);
 
   const StartWorker startWorker_;
-  const std::chrono::seconds patience_;
+  const Limits limits_;
 
   platform::Lock lock_;
   std::unique_ptr<WorkerProcess> idleWorker_ KTR_GUARDED_BY(lock_);

@@ -169,6 +169,8 @@ Outcome ScanConfinement::apply(const ScanRequest &request, const std::string &da
   view.allowReadingAndWriting(std::filesystem::path(database).parent_path());
   allowConfiguration(request.configDir, view);
   view.allowReading("/sys/devices/system/cpu/online");  // how many threads are of use
-  view.enforce();
+  if (const platform::Result<bool> isEnforced = view.enforce(); !isEnforced) {
+    return Outcome::failure(isEnforced.reason());
+  }
   return filter_.load();
 }

@@ -9,10 +9,9 @@
 
 namespace {
 
-constexpr std::chrono::seconds interval{1};
-
-// Without another directory. At 100 MB a second, a file of 6 GB is compared in this time.
-constexpr int greatestBeatCountWithoutProgress = 60;
+// Without another directory, five minutes. At 100 MB a second a file of 30 GB is compared in this
+// time, and at a millisecond for each a directory of 300,000 items is read.
+constexpr int greatestBeatCountWithoutProgress = 300;
 
 // Of a second. Whoever reads takes ten times as much; timer interrupts that hit a walk which is
 // caught in memory take less.
@@ -61,8 +60,8 @@ class Watch {
 
 }  // namespace
 
-Heartbeat::Heartbeat(std::function<void()> beat)
-    : beat_(std::move(beat)), thread_([this] { run(); }) {}
+Heartbeat::Heartbeat(std::function<void()> beat, std::chrono::milliseconds interval)
+    : beat_(std::move(beat)), interval_(interval), thread_([this] { run(); }) {}
 
 Heartbeat::~Heartbeat() {
   {
@@ -76,7 +75,7 @@ Heartbeat::~Heartbeat() {
 void Heartbeat::run() {
   Watch watch;
   std::unique_lock lock(mutex_);
-  while (!changed_.wait_for(lock, interval, [this] { return isEnding_; })) {
+  while (!changed_.wait_for(lock, interval_, [this] { return isEnding_; })) {
     if (watch.hasGoneOn()) {
       beat_();
     }

@@ -2,10 +2,11 @@
 //
 // A scan goes on if it has come to another directory, or if the kernel has worked for this process
 // or had it wait: it reads a large directory, or compares large files. Such work without another
-// directory counts for a minute. A walk that is caught in memory or waits for what never comes
+// directory counts for 300 beats. A walk that is caught in memory or waits for what never comes
 // shows neither.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -14,7 +15,8 @@
 class Heartbeat {
  public:
   // `beat` is called on a thread of its own until the object is gone.
-  explicit Heartbeat(std::function<void()> beat);
+  explicit Heartbeat(std::function<void()> beat,
+                     std::chrono::milliseconds interval = std::chrono::seconds(1));
   ~Heartbeat();
   Heartbeat(const Heartbeat &) = delete;
   Heartbeat &operator=(const Heartbeat &) = delete;
@@ -23,6 +25,7 @@ class Heartbeat {
   void run();
 
   const std::function<void()> beat_;
+  const std::chrono::milliseconds interval_;
   std::mutex mutex_;
   std::condition_variable changed_;
   bool isEnding_ = false;  // guarded by the mutex
