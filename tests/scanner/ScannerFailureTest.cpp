@@ -1,4 +1,5 @@
 // Scans that fail: each returns an error, and the next one works.
+#include <cstdint>
 #include <gtest/gtest.h>
 
 #include "tests/scanner/Scan.h"
@@ -25,6 +26,31 @@ class ScannerFailure : public testing::Test {
     const Scan result = scan(other.path());
     EXPECT_EQ(result.error, 0);
     EXPECT_EQ(result.nodes.size(), 1U);
+  }
+
+  // What SQLite leaves behind when a change of several databases is cut off, before it has changed
+  // this one: a header, and at the end the file that is removed when the last of them is as it was.
+  std::string journalNaming(const std::string &file) const {
+    const auto number = [](std::uint32_t value) {
+      std::string bytes;
+      for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(value >> shift);
+      }
+      return bytes;
+    };
+    constexpr std::uint32_t pageSize = 4096;
+    constexpr std::uint32_t sectorSize = 512;
+    const std::string magic = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
+    const auto pages = static_cast<std::uint32_t>(fs::file_size(databasePath()) / pageSize);
+    std::string journal =
+        magic + number(0) + number(0) + number(pages) + number(sectorSize) + number(pageSize);
+    journal.resize(sectorSize);
+    std::uint32_t sum = 0;
+    for (const char each : file) {
+      sum += static_cast<std::uint32_t>(each);
+    }
+    return journal + number(0x4000'0000 / pageSize + 1) + file +
+           number(static_cast<std::uint32_t>(file.size())) + number(sum) + magic;
   }
 
   svn_error_t *scanWith(const KTRWorkingCopyEntryBlock &entryBlock) const {
@@ -89,6 +115,32 @@ TEST_F(ScannerFailure, GarbageInPlaceOfTheDatabaseIsAnError) {
   fs::create_directory(databasePath());
   EXPECT_NE(scan(wc.path()).error, 0);
   expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, ADatabaseThatIsALinkIsAnErrorAndWhatItLeadsToStaysAsItIs) {
+  const fs::path elsewhere = directory / "elsewhere.db";
+  fs::rename(databasePath(), elsewhere);
+  // Which the library would write: it wants another way of keeping journals.
+  std::string contents = readFileForTest(elsewhere);
+  contents[18] = contents[19] = 2;
+  writeFile(elsewhere, contents);
+  fs::create_symlink(elsewhere, databasePath());
+  EXPECT_NE(scan(wc.path()).error, 0);
+  EXPECT_TRUE(readFileForTest(elsewhere) == contents);
+  EXPECT_FALSE(fs::exists(directory / "elsewhere.db-wal"));
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, AJournalThatNamesAnotherFileCostsThatFileNothing) {
+  for (const std::string &named : {directory / "letter", wc / ".svn/letter"}) {
+    writeFile(named, "dear");
+    writeFile(databasePath() + "-journal", journalNaming(named));
+    scan(wc.path());
+    EXPECT_FALSE(fs::exists(databasePath() + "-journal")) << "it was looked at";
+    ASSERT_TRUE(fs::exists(named)) << named;
+    EXPECT_EQ(readFileForTest(named), "dear");
+    EXPECT_EQ(scan(wc.path()).error, 0);
+  }
 }
 
 TEST_F(ScannerFailure, ADatabaseThatWasReplacedIsReadAnew) {
