@@ -57,6 +57,22 @@ TEST(ScanMessages, ARequestArrivesAsItWasSent) {
             std::nullopt);
 }
 
+TEST(ScanMessages, OfAnErrorsTextArrivesWhatCanBeALineOfTheLog) {
+  const auto sentAs = [](const std::string &text) {
+    const auto message = decodeScanMessage(encode(ScanEnd{1, text}));
+    return message ? std::get<ScanEnd>(*message).message : "not understood";
+  };
+  EXPECT_EQ(sentAs("caf\xE9"), "caf\xEF\xBF\xBD");
+  EXPECT_EQ(sentAs(std::string(1024, 'x')), std::string(1024, 'x'));
+  EXPECT_EQ(sentAs(std::string(100'000, 'x')), std::string(1024, 'x'));
+  std::string replaced;
+  for (int i = 0; i < 341; ++i) {
+    replaced += "\xEF\xBF\xBD";
+  }
+  EXPECT_EQ(sentAs(std::string(100'000, '\xFF')), replaced);
+  EXPECT_FALSE(decodeScanMessage(serialized(("(1, '" + std::string(1025, 'x') + "')").c_str())));
+}
+
 TEST(ScanMessages, WhatIsNoneOfThemIsRefused) {
   const std::string whole = encode(ScanEnd{1, "message"});
   for (const std::string &bytes :

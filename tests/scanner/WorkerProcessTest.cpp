@@ -77,7 +77,7 @@ TEST_F(StatusWorkerProcess, AScanThatWaitsForAFIFOIsEnded) {
       ASSERT_EQ(mkfifo(entry.path().c_str(), 0600), 0);
     }
   }
-  WorkerScanner scanner(startsWorker(), std::chrono::seconds(2));
+  WorkerScanner scanner(startsWorker(), {.silence = std::chrono::seconds(2)});
   EXPECT_EQ(scanWith(scanner, wc.path()).message, "The scan hangs");
   EXPECT_NE(scanWith(scanner, wc.path()).error, 0);
   EXPECT_THAT(scanWith(scanner, other.path()).paths, ElementsAre(other / "file"));
@@ -86,7 +86,7 @@ TEST_F(StatusWorkerProcess, AScanThatWaitsForAFIFOIsEnded) {
 TEST_F(StatusWorkerProcess, ALockedDatabaseIsAnErrorBeforeItLooksLikeAHang) {
   const ForeignDatabase lock(wc.path());
   lock.execute("BEGIN EXCLUSIVE");
-  WorkerScanner scanner(startsWorker(), std::chrono::seconds(4));
+  WorkerScanner scanner(startsWorker(), {.silence = std::chrono::seconds(4)});
   EXPECT_EQ(scanWith(scanner, wc.path()).error, SVN_ERR_SQLITE_BUSY);
 }
 

@@ -238,7 +238,7 @@ TEST(WorkerScanner, SilenceEndsTheWorkerAndBeatsDoNot) {
     receiver.receive(&nothing);  // until the extension has given it up
     return std::optional<ScanExit>();
   });
-  WorkerScanner scanner(workers.starter(), patience);
+  WorkerScanner scanner(workers.starter(), {.silence = patience});
   EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
   EXPECT_EQ(scanWith(scanner, "/hanging").message, "The scan hangs");
   EXPECT_EQ(scanWith(scanner, "/slow").error, 0);
@@ -272,6 +272,74 @@ TEST(WorkerScanner, WhatAScanMayNotSayEndsIt) {
     EXPECT_NE(scanWith(scanner, "/wc").error, 0);
     EXPECT_EQ(workers.scanCount, 1);
   }
+}
+
+// Else it would never be barred.
+TEST(WorkerScanner, AScanNamesItsDatabaseOnce) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    receiver.send(encode(ScanMessage(ScanDatabase{"/elsewhere", "another state each time"})));
+    std::string nothing;
+    receiver.receive(&nothing);
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter());
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The scan sent what is not understood");
+  EXPECT_EQ(scanWith(scanner, "/wc").message,
+            "An earlier scan failed; the next one is when the database has changed");
+}
+
+TEST(WorkerScanner, AScanThatNeverComesToItsEndIsEndedWhateverItSays) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    while (receiver.send(encode(ScanMessage(ScanBeat())))) {
+    }
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter(), {.duration = std::chrono::seconds(1)});
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The scan takes too long");
+  EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+  EXPECT_EQ(workers.scanCount, 1);
+}
+
+TEST(WorkerScanner, AScanThatReportsWithoutEndIsEnded) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    const std::string message =
+        encode(ScanMessage(ScanReports{{"/wc/one", svn_wc_status_modified, false, false, false},
+                                       {"/wc/two", svn_wc_status_modified, false, false, false}}));
+    while (receiver.send(message)) {
+    }
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter(), {.reports = 1 << 20});
+  const Scanned result = scanWith(scanner, "/wc");
+  EXPECT_EQ(result.message, "The scan reports too much");
+  EXPECT_THAT(result.paths, ElementsAre("/wc/one", "/wc/two"));
+  EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+}
+
+// One of them has as many folders above it as would take many times its own size.
+TEST(WorkerScanner, ReportsCountWithTheFoldersAboveThem) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    std::string deep = request.targetPath;
+    for (int i = 0; i < 10'000; ++i) {
+      deep += "/a";
+    }
+    if (request.targetPath == "/two") {
+      report(receiver, deep);
+    }
+    report(receiver, deep + "/file");
+    report(receiver, deep + "/another");
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter(), {.reports = 300'000'000});
+  EXPECT_EQ(scanWith(scanner, "/one").error, 0) << "what they share counts once";
+  EXPECT_EQ(scanWith(scanner, "/two").error, 0);
+  WorkerScanner narrower(workers.starter(), {.reports = 100'000'000});
+  EXPECT_EQ(scanWith(narrower, "/one").message, "The scan reports too much");
 }
 
 TEST(WorkerScanner, NothingMayFollowTheEnd) {

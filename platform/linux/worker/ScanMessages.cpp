@@ -1,5 +1,7 @@
 #include "platform/linux/worker/ScanMessages.h"
 
+#include <algorithm>
+
 #include "platform/linux/GLibHandles.h"
 
 using platform::VariantHandle;
@@ -90,8 +92,21 @@ GVariant *variantOf(const ScanBeat & /*beat*/) {
   return g_variant_new(beatType);
 }
 
+// What the library says may quote the database, at any length and whatever bytes are there.
+std::string sendableText(const std::string &message) {
+  const platform::StringHandle valid(g_utf8_make_valid(
+      message.data(), static_cast<gssize>(std::min(message.size(), greatestScanErrorText))));
+  std::string text = valid.get();
+  // In place of a byte that is none of a text there are three.
+  if (text.size() > greatestScanErrorText) {
+    const char *const end = text.c_str() + greatestScanErrorText + 1;
+    text.resize(static_cast<std::size_t>(g_utf8_find_prev_char(text.c_str(), end) - text.c_str()));
+  }
+  return text;
+}
+
 GVariant *variantOf(const ScanEnd &end) {
-  return g_variant_new(endType, end.error, end.message.c_str());
+  return g_variant_new(endType, end.error, sendableText(end.message).c_str());
 }
 
 }  // namespace
@@ -165,7 +180,8 @@ std::optional<ScanMessage> decodeScanMessage(std::string_view bytes) {
     const char *message = nullptr;
     g_variant_get(value.get(), "(i&s)", &end.error, &message);
     end.message = message;
-    return end;
+    return end.message.size() <= greatestScanErrorText ? std::optional<ScanMessage>(end)
+                                                       : std::nullopt;
   }
   return std::nullopt;
 }

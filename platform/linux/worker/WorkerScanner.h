@@ -6,6 +6,8 @@
 //   in.
 // - A worker is started for the first scan and kept for the next one. One that is silent for eight
 //   seconds is ended.
+// - A scan that takes longer, or reports more, than any working copy gives reason for is ended,
+// too.
 // - A root whose scan ends a worker is not scanned again until its database changes; until then its
 //   scans fail at once. Signals from outside, a lack of memory and a worker that cannot be started
 //   are not the root's fault.
@@ -15,6 +17,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,12 +28,24 @@
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 #include "scanner/SVNError.h"
 
+// What a scan may do before it is ended. The process of a scan keeps to none of it by itself: what
+// it reads may have made anything of it.
+struct ScanBounds {
+  // The worker gives a sign every second while its scan goes on, and waits for the locks of others
+  // for less than two.
+  std::chrono::seconds silence{8};
+
+  // Other working copies wait meanwhile. Five million files on a slow network mount take half.
+  std::chrono::seconds duration{3600};
+
+  // What the reports take here, with the folders above them, in bytes. Five million unversioned
+  // items take that much.
+  std::uint64_t reports = std::uint64_t{1} << 30;
+};
+
 class WorkerScanner {
  public:
-  // Scans that are silent for longer than `patience` are ended. The worker gives a sign every
-  // second while its scan goes on, and waits for the locks of others for less than two.
-  explicit WorkerScanner(StartWorker startWorker,
-                         std::chrono::seconds patience = std::chrono::seconds(8));
+  explicit WorkerScanner(StartWorker startWorker, ScanBounds bounds = {});
 
   svn_error_t *scan(const std::string &targetPath, const std::optional<std::string> &configDir,
                     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock)
@@ -43,7 +58,7 @@ class WorkerScanner {
   void keepIdle(std::unique_ptr<WorkerProcess> worker) KTR_EXCLUDES(lock_);
 
   const StartWorker startWorker_;
-  const std::chrono::seconds patience_;
+  const ScanBounds bounds_;
 
   platform::Lock lock_;
   std::unique_ptr<WorkerProcess> idleWorker_ KTR_GUARDED_BY(lock_);
