@@ -9,6 +9,7 @@
 #include <svn_hash.h>
 
 #include "scanner/SVNError.h"
+#include "scanner/TargetPath.h"
 
 namespace {
 
@@ -22,11 +23,6 @@ svn_error_t *receiveChild(void *baton, const char *path, const svn_client_info2_
                           apr_pool_t * /*scratchPool*/) {
   return withoutExceptions(
       [&] { return (*static_cast<const ChildReceiver *>(baton))(path, information->kind); });
-}
-
-svn_error_t *interrupt(void *baton) {
-  return withoutExceptions(
-      [&] { return (*static_cast<const std::function<svn_error_t *()> *>(baton))(); });
 }
 
 // How long a scan waits for another program that has locked the database, in milliseconds. The
@@ -92,6 +88,9 @@ svn_error_t *StatusContext::ask(const std::string &path, const KTRWorkingCopySca
                                 bool comparesFiles, const StatusReceiver &receiver) {
   SVN_ERR(makeContext());
   svn_pool_clear(callPool_);
+  entered_.clear();
+  isInCircle_ = false;
+  enter(path);
   svn_opt_revision_t revision{};
   revision.kind = svn_opt_revision_unspecified;
   return svn_client_status6(
@@ -109,8 +108,30 @@ svn_error_t *StatusContext::makeContext() {
     apr_hash_t *configuration = nullptr;
     SVN_ERR(readConfiguration(&configuration, configDir_, pool_));
     SVN_ERR(svn_client_create_context2(&context_, configuration, pool_));
-    context_->cancel_func = interrupt;
-    context_->cancel_baton = const_cast<std::function<svn_error_t *()> *>(&interrupt_);  // NOLINT
+    context_->cancel_func = [](void *baton) -> svn_error_t * {
+      return withoutExceptions([&] { return static_cast<StatusContext *>(baton)->goOn(); });
+    };
+    context_->cancel_baton = this;
+    context_->notify_func2 = [](void *baton, const svn_wc_notify_t *notification,
+                                apr_pool_t * /*scratchPool*/) {
+      if (notification->action == svn_wc_notify_status_external) {
+        svn_error_clear(withoutExceptions([&]() -> svn_error_t * {
+          static_cast<StatusContext *>(baton)->enter(notification->path);
+          return SVN_NO_ERROR;
+        }));
+      }
+    };
+    context_->notify_baton2 = this;
   }
   return SVN_NO_ERROR;
+}
+
+void StatusContext::enter(const std::string &workingCopy) {
+  isInCircle_ = !entered_.insert(pathWithoutLinks(workingCopy)).second || isInCircle_;
+}
+
+svn_error_t *StatusContext::goOn() const {
+  return isInCircle_ ? svn_error_create(SVN_ERR_WC_CORRUPT, nullptr,
+                                        "The externals of the working copy lead back to each other")
+                     : interrupt_();
 }

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 
+#include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/Scan.h"
 #include "tests/support/Subversion.h"
 
@@ -51,6 +52,13 @@ class ScannerFailure : public testing::Test {
     }
     return journal + number(0x4000'0000 / pageSize + 1) + file +
            number(static_cast<std::uint32_t>(file.size())) + number(sum) + magic;
+  }
+
+  static void addExternal(const std::string &root, const std::string &path) {
+    ForeignDatabase(root).execute(
+        "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, kind, "
+        "def_local_relpath, def_repos_relpath) VALUES (1, '" +
+        path + "', '', 1, 'normal', 'dir', '', '')");
   }
 
   svn_error_t *scanWith(const KTRWorkingCopyEntryBlock &entryBlock) const {
@@ -141,6 +149,32 @@ TEST_F(ScannerFailure, AJournalThatNamesAnotherFileCostsThatFileNothing) {
     EXPECT_EQ(readFileForTest(named), "dear");
     EXPECT_EQ(scan(wc.path()).error, 0);
   }
+}
+
+// The library walks in such a circle until its stack is at its end.
+TEST_F(ScannerFailure, AnExternalThatIsTheWorkingCopyItselfIsAnError) {
+  for (const char *external : {"../wc", "../wc/../wc", "folder/../../wc"}) {
+    addExternal(wc.path(), external);
+    EXPECT_EQ(scan(wc.path()).error, SVN_ERR_WC_CORRUPT) << external;
+  }
+  expectThatAnotherScanWorks();
+}
+
+// By which each level has twice as many as the one above it, whatever their paths.
+TEST_F(ScannerFailure, ExternalsThatLeadBackByLinksAreAnError) {
+  const std::string inner = wc / "inner";
+  fs::create_directory(inner);
+  fs::create_directory_symlink(".", wc / "one");
+  fs::create_directory_symlink(".", wc / "two");
+  fs::create_directory_symlink("..", inner + "/one");
+  fs::create_directory_symlink("..", inner + "/two");
+  addExternal(wc.path(), "one/inner");
+  addExternal(wc.path(), "two/inner");
+  fs::copy(wc / ".svn", inner + "/.svn", fs::copy_options::recursive);
+  EXPECT_EQ(scan(wc.path()).error, SVN_ERR_WC_CORRUPT);
+  writeFile(wc / "folder/\xFF", "with an error beside them, too");
+  EXPECT_NE(scan(wc.path()).error, 0);
+  expectThatAnotherScanWorks();
 }
 
 TEST_F(ScannerFailure, ADatabaseThatWasReplacedIsReadAnew) {
