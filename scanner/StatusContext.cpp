@@ -1,5 +1,6 @@
 #include "scanner/StatusContext.h"
 
+#include <filesystem>
 #include <utility>
 
 #include <apr_hash.h>
@@ -29,13 +30,35 @@ svn_error_t *receiveChild(void *baton, const char *path, const svn_client_info2_
 // library's own ten seconds would look like a scan that hangs.
 constexpr const char *busyTimeout = "1500";
 
+// Whether a file of the configuration can be opened without waiting for ever, or is not there.
+bool neverWaits(const std::filesystem::path &directory) {
+  const auto isFileOrMissing = [&directory](const char *name) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(directory / name, ignored);
+    return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+  };
+  return isFileOrMissing(SVN_CONFIG_CATEGORY_CONFIG) &&
+         isFileOrMissing(SVN_CONFIG_CATEGORY_SERVERS);
+}
+
+svn_error_t *readFiles(apr_hash_t **configuration, const char *directory, apr_pool_t *pool) {
+  const char *path = directory;
+  if (path == nullptr) {
+    SVN_ERR(svn_config_get_user_config_path(&path, nullptr, nullptr, pool));
+  }
+  if (path != nullptr && !neverWaits(path)) {
+    return svn_error_create(SVN_ERR_BAD_CONFIG_VALUE, nullptr, nullptr);
+  }
+  return svn_config_get_config(configuration, directory, pool);
+}
+
 // Creates nothing. A configuration that cannot be read must not cost the scan, so the library's
 // defaults stand in for the whole of it then.
 svn_error_t *readConfiguration(apr_hash_t **configuration,
                                const std::optional<std::string> &configDir, apr_pool_t *pool) {
   const char *canonicalDir =
       configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
-  if (svn_error_t *error = svn_config_get_config(configuration, canonicalDir, pool)) {
+  if (svn_error_t *error = readFiles(configuration, canonicalDir, pool)) {
     svn_error_clear(error);
     *configuration = apr_hash_make(pool);
   }

@@ -1,6 +1,7 @@
 // Scans that fail: each returns an error, and the next one works.
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/Scan.h"
@@ -206,12 +207,26 @@ TEST_F(ScannerFailure, AConfigurationThatCannotBeReadCostsNoScan) {
   writeFile(directory / "broken/config", "this is [no configuration\n=\n");
   fs::create_directories(directory / "directory/config");
   writeFile(directory / "file", "");
-  for (const char *name : {"broken", "directory", "file", "missing"}) {
+  fs::create_directory(directory / "never opens");
+  ASSERT_EQ(mkfifo((directory / "never opens/config").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((directory / "never opens/servers").c_str(), 0600), 0);
+  for (const char *name : {"broken", "directory", "file", "missing", "never opens"}) {
     const Scan result = scan(wc.path(), directory / name);
     EXPECT_EQ(result.error, 0) << name;
     EXPECT_EQ(result.nodes.size(), nodes) << name;
   }
   EXPECT_FALSE(fs::exists(directory / "missing"));
+}
+
+// As those have it who keep all their configuration in one place.
+TEST_F(ScannerFailure, AConfigurationMayBeALink) {
+  writeFile(directory / "kept/subversion", "[miscellany]\nglobal-ignores = *.odd\n");
+  fs::create_directory(directory / "configuration");
+  fs::create_symlink(directory / "kept/subversion", directory / "configuration/config");
+  writeFile(wc / "file.odd", "ignored by that configuration alone");
+  const Scan result = scan(wc.path(), directory / "configuration");
+  EXPECT_EQ(result.error, 0);
+  EXPECT_FALSE(result.nodes.contains(wc / "file.odd"));
 }
 
 TEST_F(ScannerFailure, AConfigurationDirectoryMayBeWrittenInAnyForm) {

@@ -123,18 +123,25 @@ constexpr int callsOfWorker[] = {
     SCMP_SYS(waitid),
 };
 
+// Its files may be links to where the user keeps them.
+void allowConfigurationIn(const std::string &directory, platform::FileView &view) {
+  view.allowReading(directory);
+  view.allowReading(directory + "/" SVN_CONFIG_CATEGORY_CONFIG);
+  view.allowReading(directory + "/" SVN_CONFIG_CATEGORY_SERVERS);
+}
+
 void allowConfiguration(const std::optional<std::string> &configDir, platform::FileView &view) {
   if (configDir) {
-    view.allowReading(*configDir);
+    allowConfigurationIn(*configDir, view);
     return;
   }
   const SVNPool pool;
   const char *path = nullptr;
   const SVNError error(svn_config_get_user_config_path(&path, nullptr, nullptr, pool));
   if (error == nullptr && path != nullptr) {
-    view.allowReading(path);
+    allowConfigurationIn(path, view);
   }
-  view.allowReading("/etc/subversion");
+  allowConfigurationIn("/etc/subversion", view);
 }
 
 }  // namespace
