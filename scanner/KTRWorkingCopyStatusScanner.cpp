@@ -28,12 +28,13 @@ bool isDirectoryItself(const std::string &path) {
 SVNError scan(const std::string &targetPath, const std::optional<std::string> &configDir,
               const KTRWorkingCopyScanOptions &options, const KTRWorkingCopyEntryBlock &entryBlock,
               std::set<std::string> *scanned, bool *isRefused) {
-  scanned->insert(targetPath);
+  scanned->insert(pathWithoutLinks(targetPath));
   StatusWalk walk(targetPath, configDir, options, entryBlock, planFor(targetPath, options));
   SVNError error = walk.run();
   *isRefused = walk.isRefused();
   for (const std::string &external : walk.externalsLeftOut()) {
-    if (*isRefused || scanned->contains(external) || !isDirectoryItself(external)) {
+    if (*isRefused || scanned->contains(pathWithoutLinks(external)) ||
+        !isDirectoryItself(external)) {
       continue;
     }
     SVNError another = scan(external, configDir, options, entryBlock, scanned, isRefused);

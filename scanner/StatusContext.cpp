@@ -1,5 +1,6 @@
 #include "scanner/StatusContext.h"
 
+#include <filesystem>
 #include <utility>
 
 #include <apr_hash.h>
@@ -9,6 +10,7 @@
 #include <svn_hash.h>
 
 #include "scanner/SVNError.h"
+#include "scanner/TargetPath.h"
 
 namespace {
 
@@ -24,14 +26,31 @@ svn_error_t *receiveChild(void *baton, const char *path, const svn_client_info2_
       [&] { return (*static_cast<const ChildReceiver *>(baton))(path, information->kind); });
 }
 
-svn_error_t *interrupt(void *baton) {
-  return withoutExceptions(
-      [&] { return (*static_cast<const std::function<svn_error_t *()> *>(baton))(); });
-}
-
 // How long a scan waits for another program that has locked the database, in milliseconds. The
 // library's own ten seconds would look like a scan that hangs.
 constexpr const char *busyTimeout = "1500";
+
+// Whether a file of the configuration can be opened without waiting for ever, or is not there.
+bool neverWaits(const std::filesystem::path &directory) {
+  const auto isFileOrMissing = [&directory](const char *name) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(directory / name, ignored);
+    return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+  };
+  return isFileOrMissing(SVN_CONFIG_CATEGORY_CONFIG) &&
+         isFileOrMissing(SVN_CONFIG_CATEGORY_SERVERS);
+}
+
+svn_error_t *readFiles(apr_hash_t **configuration, const char *directory, apr_pool_t *pool) {
+  const char *path = directory;
+  if (path == nullptr) {
+    SVN_ERR(svn_config_get_user_config_path(&path, nullptr, nullptr, pool));
+  }
+  if (path != nullptr && !neverWaits(path)) {
+    return svn_error_create(SVN_ERR_BAD_CONFIG_VALUE, nullptr, nullptr);
+  }
+  return svn_config_get_config(configuration, directory, pool);
+}
 
 // Creates nothing. A configuration that cannot be read must not cost the scan, so the library's
 // defaults stand in for the whole of it then.
@@ -39,7 +58,7 @@ svn_error_t *readConfiguration(apr_hash_t **configuration,
                                const std::optional<std::string> &configDir, apr_pool_t *pool) {
   const char *canonicalDir =
       configDir ? svn_dirent_canonicalize(configDir->c_str(), pool) : nullptr;
-  if (svn_error_t *error = svn_config_get_config(configuration, canonicalDir, pool)) {
+  if (svn_error_t *error = readFiles(configuration, canonicalDir, pool)) {
     svn_error_clear(error);
     *configuration = apr_hash_make(pool);
   }
@@ -92,6 +111,9 @@ svn_error_t *StatusContext::ask(const std::string &path, const KTRWorkingCopySca
                                 bool comparesFiles, const StatusReceiver &receiver) {
   SVN_ERR(makeContext());
   svn_pool_clear(callPool_);
+  entered_.clear();
+  isInCircle_ = false;
+  enter(path);
   svn_opt_revision_t revision{};
   revision.kind = svn_opt_revision_unspecified;
   return svn_client_status6(
@@ -109,8 +131,30 @@ svn_error_t *StatusContext::makeContext() {
     apr_hash_t *configuration = nullptr;
     SVN_ERR(readConfiguration(&configuration, configDir_, pool_));
     SVN_ERR(svn_client_create_context2(&context_, configuration, pool_));
-    context_->cancel_func = interrupt;
-    context_->cancel_baton = const_cast<std::function<svn_error_t *()> *>(&interrupt_);  // NOLINT
+    context_->cancel_func = [](void *baton) -> svn_error_t * {
+      return withoutExceptions([&] { return static_cast<StatusContext *>(baton)->goOn(); });
+    };
+    context_->cancel_baton = this;
+    context_->notify_func2 = [](void *baton, const svn_wc_notify_t *notification,
+                                apr_pool_t * /*scratchPool*/) {
+      if (notification->action == svn_wc_notify_status_external) {
+        svn_error_clear(withoutExceptions([&]() -> svn_error_t * {
+          static_cast<StatusContext *>(baton)->enter(notification->path);
+          return SVN_NO_ERROR;
+        }));
+      }
+    };
+    context_->notify_baton2 = this;
   }
   return SVN_NO_ERROR;
+}
+
+void StatusContext::enter(const std::string &workingCopy) {
+  isInCircle_ = !entered_.insert(pathWithoutLinks(workingCopy)).second || isInCircle_;
+}
+
+svn_error_t *StatusContext::goOn() const {
+  return isInCircle_ ? svn_error_create(SVN_ERR_WC_CORRUPT, nullptr,
+                                        "The externals of the working copy lead back to each other")
+                     : interrupt_();
 }

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 
 #include <svn_client.h>
@@ -28,7 +29,8 @@ class StatusContext {
   StatusContext(std::optional<std::string> configDir, std::function<svn_error_t *()> interrupt);
 
   // The status of the item at `path`, absolute and canonical, and of what is below it to the depth
-  // of the options.
+  // of the options. Each external working copy is entered once: where databases lead back to one,
+  // by whatever links and names, there would be no end, so that is an error.
   svn_error_t *report(const std::string &path, const KTRWorkingCopyScanOptions &options,
                       const StatusReceiver &receiver);
 
@@ -44,10 +46,16 @@ class StatusContext {
   svn_error_t *ask(const std::string &path, const KTRWorkingCopyScanOptions &options,
                    bool comparesFiles, const StatusReceiver &receiver);
   svn_error_t *makeContext();
+  void enter(const std::string &workingCopy);
+  svn_error_t *goOn() const;
 
   const std::optional<std::string> configDir_;
   const std::function<svn_error_t *()> interrupt_;
   const SVNPool pool_;
   apr_pool_t *const callPool_;  // cleared by each call
   svn_client_ctx_t *context_ = nullptr;
+
+  // Of one call: the working copies that it has come to, without links in their paths.
+  std::set<std::string> entered_;
+  bool isInCircle_ = false;
 };

@@ -1,5 +1,7 @@
 #include "scanner/TargetPath.h"
 
+#include <filesystem>
+
 #include <svn_dirent_uri.h>
 #include <svn_error.h>
 
@@ -17,4 +19,10 @@ svn_error_t *checkTargetPath(const std::string &path) {
                             "The working copy's path is not absolute and canonical");
   }
   return SVN_NO_ERROR;
+}
+
+std::string pathWithoutLinks(const std::string &path) {
+  std::error_code error;
+  const std::filesystem::path found = std::filesystem::canonical(path, error);
+  return error ? path : found.native();
 }

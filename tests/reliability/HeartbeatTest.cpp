@@ -64,10 +64,11 @@ TEST(Heartbeat, IsSilentAfterThreeHundredBeatsInOneDirectory) {
   EXPECT_LE(count, 300);
 }
 
-// As in a damaged database. A timer interrupt at the wrong moment may look like work, once.
+// As in a damaged database. Where the machine is full, timer interrupts at the wrong moments may
+// look like work, but not each second.
 TEST(Heartbeat, IsSilentWhileTheWalkRunsInCirclesInMemory) {
   volatile unsigned number = 0;
-  EXPECT_LE(beatsDuring(3500ms, [&] { number = number * 3 + 1; }), 1);
+  EXPECT_LT(beatsDuring(3500ms, [&] { number = number * 3 + 1; }), 3);
 }
 
 // As for an answer of a file system that is gone.

@@ -54,6 +54,16 @@ TEST(MemoryLimit, WhoeverTakesMoreIsAborted) {
             "killed by 6");
 }
 
+TEST(MemoryLimit, ItCanBeRaisedByNoMoreThanIsTriedAtTheEnd) {
+  EXPECT_EQ(endOfFork([] {
+              limitMemory(64 * mebibyte);
+              rlimit limit{};
+              getrlimit(RLIMIT_DATA, &limit);
+              return limit.rlim_max - limit.rlim_cur == 64 * mebibyte ? 0 : 1;
+            }),
+            "exited 0");
+}
+
 TEST(MemoryLimit, AnAbortForAnotherReasonStaysOne) {
   EXPECT_EQ(endOfFork([]() -> int {
               limitMemory(64 * mebibyte);

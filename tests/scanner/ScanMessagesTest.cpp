@@ -57,13 +57,20 @@ TEST(ScanMessages, ARequestArrivesAsItWasSent) {
             std::nullopt);
 }
 
-TEST(ScanMessages, TheTextOfAnErrorIsCutAndMadeUTF8) {
-  const auto sent = decodeScanMessage(encode(ScanMessage(ScanEnd{1, "caf\xE9"})));
-  ASSERT_TRUE(sent);
-  EXPECT_EQ(std::get<ScanEnd>(*sent).message, "caf\xEF\xBF\xBD");
-  const auto cut = decodeScanMessage(encode(ScanMessage(ScanEnd{1, std::string(2'000, 'x')})));
-  ASSERT_TRUE(cut);
-  EXPECT_EQ(std::get<ScanEnd>(*cut).message, std::string(1'024, 'x'));
+TEST(ScanMessages, OfAnErrorsTextArrivesWhatCanBeALineOfTheLog) {
+  const auto sentAs = [](const std::string &text) {
+    const auto message = decodeScanMessage(encode(ScanEnd{1, text}));
+    return message ? std::get<ScanEnd>(*message).message : "not understood";
+  };
+  EXPECT_EQ(sentAs("caf\xE9"), "caf\xEF\xBF\xBD");
+  EXPECT_EQ(sentAs(std::string(1024, 'x')), std::string(1024, 'x'));
+  EXPECT_EQ(sentAs(std::string(100'000, 'x')), std::string(1024, 'x'));
+  std::string replaced;
+  for (int i = 0; i < 341; ++i) {
+    replaced += "\xEF\xBF\xBD";
+  }
+  EXPECT_EQ(sentAs(std::string(100'000, '\xFF')), replaced);
+  EXPECT_FALSE(decodeScanMessage(serialized(("(1, '" + std::string(1025, 'x') + "')").c_str())));
 }
 
 TEST(ScanMessages, WhatIsNoneOfThemIsRefused) {

@@ -1,6 +1,9 @@
 // Scans that fail: each returns an error, and the next one works.
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/Scan.h"
 #include "tests/support/Subversion.h"
 
@@ -25,6 +28,38 @@ class ScannerFailure : public testing::Test {
     const Scan result = scan(other.path());
     EXPECT_EQ(result.error, 0);
     EXPECT_EQ(result.nodes.size(), 1U);
+  }
+
+  // What SQLite leaves behind when a change of several databases is cut off, before it has changed
+  // this one: a header, and at the end the file that is removed when the last of them is as it was.
+  std::string journalNaming(const std::string &file) const {
+    const auto number = [](std::uint32_t value) {
+      std::string bytes;
+      for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(value >> shift);
+      }
+      return bytes;
+    };
+    constexpr std::uint32_t pageSize = 4096;
+    constexpr std::uint32_t sectorSize = 512;
+    const std::string magic = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
+    const auto pages = static_cast<std::uint32_t>(fs::file_size(databasePath()) / pageSize);
+    std::string journal =
+        magic + number(0) + number(0) + number(pages) + number(sectorSize) + number(pageSize);
+    journal.resize(sectorSize);
+    std::uint32_t sum = 0;
+    for (const char each : file) {
+      sum += static_cast<std::uint32_t>(each);
+    }
+    return journal + number(0x4000'0000 / pageSize + 1) + file +
+           number(static_cast<std::uint32_t>(file.size())) + number(sum) + magic;
+  }
+
+  static void addExternal(const std::string &root, const std::string &path) {
+    ForeignDatabase(root).execute(
+        "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, kind, "
+        "def_local_relpath, def_repos_relpath) VALUES (1, '" +
+        path + "', '', 1, 'normal', 'dir', '', '')");
   }
 
   svn_error_t *scanWith(const KTRWorkingCopyEntryBlock &entryBlock) const {
@@ -91,6 +126,58 @@ TEST_F(ScannerFailure, GarbageInPlaceOfTheDatabaseIsAnError) {
   expectThatAnotherScanWorks();
 }
 
+TEST_F(ScannerFailure, ADatabaseThatIsALinkIsAnErrorAndWhatItLeadsToStaysAsItIs) {
+  const fs::path elsewhere = directory / "elsewhere.db";
+  fs::rename(databasePath(), elsewhere);
+  // Which the library would write: it wants another way of keeping journals.
+  std::string contents = readFileForTest(elsewhere);
+  contents[18] = contents[19] = 2;
+  writeFile(elsewhere, contents);
+  fs::create_symlink(elsewhere, databasePath());
+  EXPECT_NE(scan(wc.path()).error, 0);
+  EXPECT_TRUE(readFileForTest(elsewhere) == contents);
+  EXPECT_FALSE(fs::exists(directory / "elsewhere.db-wal"));
+  expectThatAnotherScanWorks();
+}
+
+TEST_F(ScannerFailure, AJournalThatNamesAnotherFileCostsThatFileNothing) {
+  for (const std::string &named : {directory / "letter", wc / ".svn/letter"}) {
+    writeFile(named, "dear");
+    writeFile(databasePath() + "-journal", journalNaming(named));
+    scan(wc.path());
+    EXPECT_FALSE(fs::exists(databasePath() + "-journal")) << "it was looked at";
+    ASSERT_TRUE(fs::exists(named)) << named;
+    EXPECT_EQ(readFileForTest(named), "dear");
+    EXPECT_EQ(scan(wc.path()).error, 0);
+  }
+}
+
+// The library walks in such a circle until its stack is at its end.
+TEST_F(ScannerFailure, AnExternalThatIsTheWorkingCopyItselfIsAnError) {
+  for (const char *external : {"../wc", "../wc/../wc", "folder/../../wc"}) {
+    addExternal(wc.path(), external);
+    EXPECT_EQ(scan(wc.path()).error, SVN_ERR_WC_CORRUPT) << external;
+  }
+  expectThatAnotherScanWorks();
+}
+
+// By which each level has twice as many as the one above it, whatever their paths.
+TEST_F(ScannerFailure, ExternalsThatLeadBackByLinksAreAnError) {
+  const std::string inner = wc / "inner";
+  fs::create_directory(inner);
+  fs::create_directory_symlink(".", wc / "one");
+  fs::create_directory_symlink(".", wc / "two");
+  fs::create_directory_symlink("..", inner + "/one");
+  fs::create_directory_symlink("..", inner + "/two");
+  addExternal(wc.path(), "one/inner");
+  addExternal(wc.path(), "two/inner");
+  fs::copy(wc / ".svn", inner + "/.svn", fs::copy_options::recursive);
+  EXPECT_EQ(scan(wc.path()).error, SVN_ERR_WC_CORRUPT);
+  writeFile(wc / "folder/\xFF", "with an error beside them, too");
+  EXPECT_NE(scan(wc.path()).error, 0);
+  expectThatAnotherScanWorks();
+}
+
 TEST_F(ScannerFailure, ADatabaseThatWasReplacedIsReadAnew) {
   EXPECT_EQ(scan(wc.path()).nodes.size(), 3U);
   fs::rename(wc.path(), directory / "moved away");
@@ -120,12 +207,26 @@ TEST_F(ScannerFailure, AConfigurationThatCannotBeReadCostsNoScan) {
   writeFile(directory / "broken/config", "this is [no configuration\n=\n");
   fs::create_directories(directory / "directory/config");
   writeFile(directory / "file", "");
-  for (const char *name : {"broken", "directory", "file", "missing"}) {
+  fs::create_directory(directory / "never opens");
+  ASSERT_EQ(mkfifo((directory / "never opens/config").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((directory / "never opens/servers").c_str(), 0600), 0);
+  for (const char *name : {"broken", "directory", "file", "missing", "never opens"}) {
     const Scan result = scan(wc.path(), directory / name);
     EXPECT_EQ(result.error, 0) << name;
     EXPECT_EQ(result.nodes.size(), nodes) << name;
   }
   EXPECT_FALSE(fs::exists(directory / "missing"));
+}
+
+// As those have it who keep all their configuration in one place.
+TEST_F(ScannerFailure, AConfigurationMayBeALink) {
+  writeFile(directory / "kept/subversion", "[miscellany]\nglobal-ignores = *.odd\n");
+  fs::create_directory(directory / "configuration");
+  fs::create_symlink(directory / "kept/subversion", directory / "configuration/config");
+  writeFile(wc / "file.odd", "ignored by that configuration alone");
+  const Scan result = scan(wc.path(), directory / "configuration");
+  EXPECT_EQ(result.error, 0);
+  EXPECT_FALSE(result.nodes.contains(wc / "file.odd"));
 }
 
 TEST_F(ScannerFailure, AConfigurationDirectoryMayBeWrittenInAnyForm) {

@@ -309,6 +309,8 @@ TEST(WorkerScanner, TheDatabaseComesFirstAndOnceAndIsTheTargets) {
     const Scanned result = scanWith(scanner, "/top/wc");
     EXPECT_EQ(result.message, "The scan sent what is not understood") << conversation.back();
     EXPECT_THAT(result.paths, IsEmpty());
+    EXPECT_EQ(scanWith(scanner, "/top/wc").message,
+              "An earlier scan failed; the next one is when the database has changed");
   }
   for (const char *path : {"/top/wc/.svn/wc.db", "/top/.svn/wc.db", "/.svn/wc.db"}) {
     ScriptedWorkers workers([&](const ScanRequest &, const MessageSocket &receiver) {
@@ -321,22 +323,57 @@ TEST(WorkerScanner, TheDatabaseComesFirstAndOnceAndIsTheTargets) {
   }
 }
 
-TEST(WorkerScanner, AScanThatReportsTooMuchIsEnded) {
+TEST(WorkerScanner, AScanThatNeverComesToItsEndIsEndedWhateverItSays) {
   ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
     begin(receiver, request);
-    for (char name = 'a'; name <= 'z'; ++name) {
-      report(receiver, request.targetPath + "/" + name);
+    while (receiver.send(encode(ScanMessage(ScanBeat())))) {
     }
-    std::string nothing;
-    receiver.receive(&nothing);
     return std::optional<ScanExit>();
   });
-  WorkerScanner scanner(workers.starter(), {.reports = 100});
-  const Scanned result = scanWith(scanner, "/wc");
-  EXPECT_EQ(result.message, "The scan has too much to report");
-  EXPECT_EQ(result.paths.size(), 20U);
+  WorkerScanner scanner(workers.starter(), {.duration = std::chrono::seconds(1)});
+  EXPECT_EQ(scanWith(scanner, "/wc").message, "The scan takes too long");
   EXPECT_NE(scanWith(scanner, "/wc").error, 0);
   EXPECT_EQ(workers.scanCount, 1);
+}
+
+TEST(WorkerScanner, AScanThatReportsWithoutEndIsEnded) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    const std::string message =
+        encode(ScanMessage(ScanReports{{"/wc/one", svn_wc_status_modified, false, false, false},
+                                       {"/wc/two", svn_wc_status_modified, false, false, false}}));
+    while (receiver.send(message)) {
+    }
+    return std::optional<ScanExit>();
+  });
+  WorkerScanner scanner(workers.starter(), {.reports = 1 << 20});
+  const Scanned result = scanWith(scanner, "/wc");
+  EXPECT_EQ(result.message, "The scan reports too much");
+  EXPECT_THAT(result.paths, ElementsAre("/wc/one", "/wc/two"));
+  EXPECT_NE(scanWith(scanner, "/wc").error, 0);
+}
+
+// One of them has as many folders above it as would take many times its own size.
+TEST(WorkerScanner, ReportsCountWithTheFoldersAboveThem) {
+  ScriptedWorkers workers([](const ScanRequest &request, const MessageSocket &receiver) {
+    begin(receiver, request);
+    std::string deep = request.targetPath;
+    for (int i = 0; i < 10'000; ++i) {
+      deep += "/a";
+    }
+    if (request.targetPath == "/two") {
+      report(receiver, deep);
+    }
+    report(receiver, deep + "/file");
+    report(receiver, deep + "/another");
+    receiver.send(encode(ScanMessage(ScanEnd{})));
+    return std::optional(wellEnded);
+  });
+  WorkerScanner scanner(workers.starter(), {.reports = 300'000'000});
+  EXPECT_EQ(scanWith(scanner, "/one").error, 0) << "what they share counts once";
+  EXPECT_EQ(scanWith(scanner, "/two").error, 0);
+  WorkerScanner narrower(workers.starter(), {.reports = 100'000'000});
+  EXPECT_EQ(scanWith(narrower, "/one").message, "The scan reports too much");
 }
 
 TEST(WorkerScanner, NothingMayFollowTheEnd) {

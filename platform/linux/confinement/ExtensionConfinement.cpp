@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 
 #include "platform/linux/confinement/CoreFiles.h"
+#include "platform/linux/confinement/OtherProcesses.h"
 #include "platform/linux/confinement/SeccompFilter.h"
 
 namespace platform {
@@ -51,6 +52,8 @@ void refuseOtherProcesses(SeccompFilter &filter) {
                          SCMP_SYS(process_madvise), SCMP_SYS(pidfd_getfd), SCMP_SYS(kcmp)}) {
     filter.refuse(call, EPERM);
   }
+  // A limit that is lowered can end a process.
+  filter.refuse(SCMP_SYS(prlimit64), EPERM, {Condition::isNot(0, 0)});
 }
 
 // Large parts of the kernel that nothing here needs, which has often been the way out of a process.
@@ -105,6 +108,7 @@ Outcome confineExtension() {
   if (!withoutCoreFiles) {
     return withoutCoreFiles;
   }
+  keepOutOfOtherProcesses();
   SeccompFilter filter = SeccompFilter::allowingAllElse();
   refuseNetworks(filter);
   refusePrograms(filter);

@@ -1,7 +1,9 @@
 #include "platform/linux/desktop/ApplicationLaunch.h"
 
 #include <csignal>
+#include <filesystem>
 #include <unistd.h>
+#include <utility>
 
 #include <gio/gdesktopappinfo.h>
 
@@ -16,10 +18,31 @@ constexpr const char *containingApplication = "com.morvane.v3.desktop";
 
 using DesktopEntry = ObjectHandle<GDesktopAppInfo>;
 
+// Opening what is no file may never come to an end, so it is not opened.
+DesktopEntry entryAt(const std::string &path) {
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(path, ignored)
+             ? DesktopEntry(g_desktop_app_info_new_from_filename(path.c_str()))
+             : nullptr;
+}
+
+// As GIO looks for it by itself: the first that can be read counts, also if it says that there is
+// none.
+DesktopEntry installedEntry(const std::string &name) {
+  std::vector<std::string> directories = {g_get_user_data_dir()};
+  for (const char *const *each = g_get_system_data_dirs(); *each != nullptr; ++each) {
+    directories.emplace_back(*each);
+  }
+  for (const std::string &directory : directories) {
+    if (DesktopEntry entry = entryAt(directory + "/applications/" + name)) {
+      return g_desktop_app_info_get_is_hidden(entry.get()) != FALSE ? nullptr : std::move(entry);
+    }
+  }
+  return nullptr;
+}
+
 DesktopEntry entryOfApplication(const std::string &path) {
-  return DesktopEntry(path.ends_with(".desktop")
-                          ? g_desktop_app_info_new_from_filename(path.c_str())
-                          : g_desktop_app_info_new(containingApplication));
+  return path.ends_with(".desktop") ? entryAt(path) : installedEntry(containingApplication);
 }
 
 // Runs in the launched program's process, before the program does: only calls that are safe there.
@@ -48,7 +71,7 @@ void waitForAnswer(GDesktopAppInfo *entry, GList *urls, GAppLaunchContext *conte
 }  // namespace
 
 std::optional<std::string> pathOfDesktopEntry(const std::string &name) {
-  const DesktopEntry entry(g_desktop_app_info_new(name.c_str()));
+  const DesktopEntry entry = installedEntry(name);
   if (entry == nullptr) {
     return std::nullopt;
   }

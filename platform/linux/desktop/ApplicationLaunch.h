@@ -1,6 +1,6 @@
 // Applications as desktop entries, found and launched through GIO. All of this may take long, since
-// what lies in the place of an entry need not be a file and an application may take its time to
-// start: it is for processes that do nothing else.
+// a file system may not answer and an application may take its time to start: it is for processes
+// that do nothing else.
 #pragma once
 
 #include <functional>
@@ -12,7 +12,8 @@
 
 namespace platform {
 
-// The path of the installed desktop entry of that name.
+// The path of the installed desktop entry of that name, which has no "-" in it (GIO would look for
+// a folder, too). What is no file is passed over.
 std::optional<std::string> pathOfDesktopEntry(const std::string &name);
 
 struct ApplicationLaunch {

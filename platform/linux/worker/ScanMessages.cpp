@@ -22,9 +22,6 @@ constexpr unsigned lockedBit = 2;
 constexpr unsigned switchedBit = 4;
 constexpr unsigned allBits = conflictedBit | lockedBit | switchedBit;
 
-// Bytes of what the library says of an error. What is no UTF-8 becomes three times as much.
-constexpr std::size_t greatestErrorText = 1024;
-
 // The top of every message is a variant, so that a message says itself which it is.
 std::string serialized(GVariant *contents) {
   const VariantHandle message(g_variant_ref_sink(g_variant_new_variant(contents)));
@@ -95,10 +92,21 @@ GVariant *variantOf(const ScanBeat & /*beat*/) {
   return g_variant_new(beatType);
 }
 
+// What the library says may quote the database, at any length and whatever bytes are there.
+std::string sendableText(const std::string &message) {
+  const platform::StringHandle valid(g_utf8_make_valid(
+      message.data(), static_cast<gssize>(std::min(message.size(), greatestScanErrorText))));
+  std::string text = valid.get();
+  // In place of a byte that is none of a text there are three.
+  if (text.size() > greatestScanErrorText) {
+    const char *const end = text.c_str() + greatestScanErrorText + 1;
+    text.resize(static_cast<std::size_t>(g_utf8_find_prev_char(text.c_str(), end) - text.c_str()));
+  }
+  return text;
+}
+
 GVariant *variantOf(const ScanEnd &end) {
-  const platform::StringHandle message(g_utf8_make_valid(
-      end.message.data(), static_cast<gssize>(std::min(end.message.size(), greatestErrorText))));
-  return g_variant_new(endType, end.error, message.get());
+  return g_variant_new(endType, end.error, sendableText(end.message).c_str());
 }
 
 }  // namespace
@@ -172,7 +180,7 @@ std::optional<ScanMessage> decodeScanMessage(std::string_view bytes) {
     const char *message = nullptr;
     g_variant_get(value.get(), "(i&s)", &end.error, &message);
     end.message = message;
-    return end.message.size() <= 3 * greatestErrorText ? std::optional<ScanMessage>(end)
+    return end.message.size() <= greatestScanErrorText ? std::optional<ScanMessage>(end)
                                                        : std::nullopt;
   }
   return std::nullopt;

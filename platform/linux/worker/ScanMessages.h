@@ -47,8 +47,8 @@ struct ScanBeat {
 
 // The scan has ended by itself; all it had to report has been sent.
 struct ScanEnd {
-  int error = 0;  // the library's number; 0 without error
-  std::string message;
+  int error = 0;        // the library's number; 0 without error
+  std::string message;  // what is sent of it is valid UTF-8, and cut off at its greatest length
 
   bool operator==(const ScanEnd &) const = default;
 };
@@ -67,6 +67,9 @@ struct ScanExit {
 // The greatest message, in bytes. Some paths of the greatest length fit into it, and it fits into
 // what the kernel keeps for a socket by default (net.core.wmem_default, 208 KiB).
 constexpr std::size_t greatestScanMessage = 64 << 10;
+
+// Of the library's message at the end, in bytes. It becomes a line of the log.
+constexpr std::size_t greatestScanErrorText = 1024;
 
 std::string encode(const ScanRequest &request);
 std::string encode(const ScanMessage &message);

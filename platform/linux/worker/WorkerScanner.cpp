@@ -1,5 +1,6 @@
 #include "platform/linux/worker/WorkerScanner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -50,6 +51,26 @@ bool isDatabaseAbove(const std::string &target, const std::string &path) {
   return isPathBelow(top.empty() ? "/" : top, target);
 }
 
+// About what the reports of a scan take with all folders above them: whoever receives them may keep
+// one entry for each. Those that a report shares with the one before it are counted once.
+class ReportSize {
+ public:
+  void add(const std::string &path) {
+    constexpr std::uint64_t perEntry = 100;  // besides the path
+    const auto differs =
+        std::mismatch(path.begin(), path.end(), latest_.begin(), latest_.end()).first;
+    const auto entries = static_cast<std::uint64_t>(std::count(differs, path.end(), '/')) + 1;
+    bytes_ += entries * (path.size() + perEntry);
+    latest_ = path;
+  }
+
+  std::uint64_t bytes() const { return bytes_; }
+
+ private:
+  std::string latest_;
+  std::uint64_t bytes_ = 0;
+};
+
 }  // namespace
 
 // One attempt to have one root scanned by one worker.
@@ -64,8 +85,8 @@ class WorkerScanner::OneScan {
   };
 
   OneScan(const MessageSocket &worker, const ScanRequest &request,
-          const KTRWorkingCopyEntryBlock &entryBlock, const Limits &limits)
-      : worker_(worker), request_(request), entryBlock_(entryBlock), limits_(limits) {}
+          const KTRWorkingCopyEntryBlock &entryBlock, const ScanBounds &bounds)
+      : worker_(worker), request_(request), entryBlock_(entryBlock), bounds_(bounds) {}
 
   Result run() {
     auto sockets = MessageSocket::makePair();
@@ -77,12 +98,16 @@ class WorkerScanner::OneScan {
       return end(Result::endedFromOutside, workerIsGone);
     }
     sockets.reset();  // so that the end of the scan is the end of the connection
+    const auto deadline = std::chrono::steady_clock::now() + bounds_.duration;
     std::string bytes;
     for (;;) {
-      switch (scan.receiveWithin(limits_.silence, &bytes)) {
+      switch (scan.receiveWithin(bounds_.silence, &bytes)) {
         case MessageSocket::Reception::message:
           if (const std::optional<Result> result = take(bytes)) {
             return *result;
+          }
+          if (std::chrono::steady_clock::now() > deadline) {
+            return end(Result::endedByRoot, "The scan takes too long");
           }
           break;
         case MessageSocket::Reception::end:
@@ -118,9 +143,9 @@ class WorkerScanner::OneScan {
       if (!isPathBelow(request_.targetPath, report.path)) {
         return end(Result::endedByRoot, notUnderstood);
       }
-      reportsSize_ += report.path.size();
-      if (reportsSize_ > limits_.reports) {
-        return end(Result::endedByRoot, "The scan has too much to report");
+      size_.add(report.path);
+      if (size_.bytes() > bounds_.reports) {
+        return end(Result::endedByRoot, "The scan reports too much");
       }
       if (svn_error_t *error = deliver(report)) {
         error_.reset(error);
@@ -151,7 +176,7 @@ class WorkerScanner::OneScan {
   // How the process of the scan has ended, the worker knows.
   Result resultAfterExit() {
     std::string bytes;
-    const MessageSocket::Reception reception = worker_.receiveWithin(limits_.silence, &bytes);
+    const MessageSocket::Reception reception = worker_.receiveWithin(bounds_.silence, &bytes);
     const std::optional<ScanExit> exit =
         reception == MessageSocket::Reception::message ? decodeScanExit(bytes) : std::nullopt;
     isWorkerIdle_ = exit.has_value();
@@ -195,17 +220,17 @@ class WorkerScanner::OneScan {
   const MessageSocket &worker_;
   const ScanRequest &request_;
   const KTRWorkingCopyEntryBlock &entryBlock_;
-  const Limits &limits_;
+  const ScanBounds &bounds_;
   std::optional<ScanDatabase> database_;
-  std::size_t reportsSize_ = 0;  // bytes of paths
+  ReportSize size_;
   SVNError error_;
   bool isAtEnd_ = false;
   bool isWorkerIdle_ = false;
 };
 
-WorkerScanner::WorkerScanner(StartWorker startWorker, const Limits &limits)
+WorkerScanner::WorkerScanner(StartWorker startWorker, ScanBounds bounds)
     : startWorker_(std::move(startWorker)),
-      limits_(limits),
+      bounds_(bounds),
       barredRoots_(platform::systemCallPatience) {}
 
 svn_error_t *WorkerScanner::scan(const std::string &targetPath,
@@ -229,7 +254,7 @@ svn_error_t *WorkerScanner::scan(const std::string &targetPath,
       }
       worker = std::move(*started);
     }
-    OneScan attempted(worker->socket(), request, entryBlock, limits_);
+    OneScan attempted(worker->socket(), request, entryBlock, bounds_);
     const OneScan::Result result = attempted.run();
     if (attempted.isWorkerIdle()) {
       keepIdle(std::move(worker));

@@ -5,7 +5,8 @@
 // - Of a status, `node_status`, `conflicted`, `switched` and whether there is a `lock` are filled
 //   in.
 // - A worker is started for the first scan and kept for the next one. One that is silent for eight
-//   seconds, or reports more than any working copy has, is ended.
+//   seconds is ended.
+// - A scan that takes longer, or reports more, than any working copy gives reason for is ended.
 // - A root whose scan ends a worker is not scanned again until its database changes; until then its
 //   scans fail at once. Signals from outside, a lack of memory and a worker that cannot be started
 //   are not the root's fault.
@@ -15,6 +16,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,19 +28,24 @@
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 #include "scanner/SVNError.h"
 
+// What a scan may do before it is ended. The process of a scan keeps to none of it by itself: what
+// it reads may have made anything of it.
+struct ScanBounds {
+  // The worker gives a sign every second while its scan goes on, and waits for the locks of others
+  // for less than two.
+  std::chrono::seconds silence{8};
+
+  // Other working copies wait meanwhile. Five million files on a slow network mount take half.
+  std::chrono::seconds duration{3600};
+
+  // What the reports take here, with the folders above them, in bytes. Five million unversioned
+  // items take that much.
+  std::uint64_t reports = std::uint64_t{1} << 30;
+};
+
 class WorkerScanner {
  public:
-  // Scans beyond these are ended. The worker gives a sign every second while its scan goes on, and
-  // waits for the locks of others for less than two.
-  struct Limits {
-    std::chrono::seconds silence{8};
-    // Bytes of paths: what is reported is kept in this process. Two million items with long paths.
-    std::size_t reports = 256 << 20;
-  };
-
-  explicit WorkerScanner(StartWorker startWorker)
-      : WorkerScanner(std::move(startWorker), Limits{}) {}
-  WorkerScanner(StartWorker startWorker, const Limits &limits);
+  explicit WorkerScanner(StartWorker startWorker, ScanBounds bounds = {});
 
   svn_error_t *scan(const std::string &targetPath, const std::optional<std::string> &configDir,
                     KTRWorkingCopyScanOptions options, const KTRWorkingCopyEntryBlock &entryBlock)
@@ -51,7 +58,7 @@ class WorkerScanner {
   void keepIdle(std::unique_ptr<WorkerProcess> worker) KTR_EXCLUDES(lock_);
 
   const StartWorker startWorker_;
-  const Limits limits_;
+  const ScanBounds bounds_;
 
   platform::Lock lock_;
   std::unique_ptr<WorkerProcess> idleWorker_ KTR_GUARDED_BY(lock_);

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <linux/io_uring.h>
 #include <sched.h>
@@ -18,6 +19,7 @@
 #include "platform/linux/confinement/ExtensionConfinement.h"
 #include "tests/support/ForkedWork.h"
 #include "tests/support/LaunchedPrograms.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
@@ -103,6 +105,41 @@ TEST(ExtensionConfinement, KeepsItOutOfOtherProcesses) {
   EXPECT_EQ(whenConfined(
                 [] { return errorOf(SYS_process_vm_readv, getppid(), nullptr, 0, nullptr, 0, 0); }),
             exitedWith(EPERM));
+}
+
+TEST(ExtensionConfinement, KeepsItOutOfTheMemoryOfOtherProcessesByWayOfFilesToo) {
+  const std::string memory = "/proc/" + std::to_string(getpid()) + "/mem";
+  const auto openMemory = [&memory] {
+    return open(memory.c_str(), O_RDWR | O_CLOEXEC) < 0 ? errno : 0;
+  };
+  EXPECT_EQ(endOfFork(openMemory), exitedWith(0)) << "this user could";
+  EXPECT_EQ(whenConfined(openMemory), exitedWith(EACCES));
+  EXPECT_EQ(whenConfined([] { return open("/proc/self/mem", O_RDWR | O_CLOEXEC) < 0 ? errno : 0; }),
+            exitedWith(0));
+}
+
+TEST(ExtensionConfinement, LetsItLimitNoOtherProcess) {
+  const auto limit = [](pid_t process) {
+    return [process] {
+      const rlimit none{0, 0};
+      return errorOf(SYS_prlimit64, process, RLIMIT_MSGQUEUE, &none, nullptr);
+    };
+  };
+  EXPECT_EQ(whenConfined(limit(getpid())), exitedWith(EPERM));
+  EXPECT_EQ(whenConfined(limit(0)), exitedWith(0)) << "itself";
+}
+
+TEST(ExtensionConfinement, LeavesItTheFilesOfTheUser) {
+  const TemporaryDirectory directory;
+  std::filesystem::create_directory(directory / "folder");
+  writeFile(directory / "file", "contents");
+  EXPECT_EQ(whenConfined([&directory] {
+              std::error_code error;
+              std::filesystem::rename(directory / "file", directory / "folder/moved", error);
+              return error.value();
+            }),
+            exitedWith(0));
+  EXPECT_EQ(readFileForTest(directory / "folder/moved"), "contents");
 }
 
 TEST(ExtensionConfinement, ClosesTheOtherDoorsToTheSame) {

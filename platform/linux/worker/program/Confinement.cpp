@@ -1,9 +1,11 @@
 #include "platform/linux/worker/program/Confinement.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
 #include <sched.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <svn_config.h>
 
@@ -92,7 +94,6 @@ void allowTimeAndLimits(SeccompFilter &filter) {
                          SCMP_SYS(nanosleep),
                          SCMP_SYS(poll),
                          SCMP_SYS(ppoll),
-                         SCMP_SYS(prlimit64),
                          SCMP_SYS(select),
                          SCMP_SYS(setrlimit),
                          SCMP_SYS(sysinfo),
@@ -101,6 +102,8 @@ void allowTimeAndLimits(SeccompFilter &filter) {
                          SCMP_SYS(uname)}) {
     filter.allow(call);
   }
+  // Its own. A limit that is lowered can end another process.
+  filter.allow(SCMP_SYS(prlimit64), {Condition::lowerHalfIs(0, 0)});
 }
 
 constexpr std::int64_t newNameSpaces = CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS | CLONE_NEWIPC |
@@ -120,18 +123,25 @@ constexpr int callsOfWorker[] = {
     SCMP_SYS(waitid),
 };
 
+// Its files may be links to where the user keeps them.
+void allowConfigurationIn(const std::string &directory, platform::FileView &view) {
+  view.allowReading(directory);
+  view.allowReading(directory + "/" SVN_CONFIG_CATEGORY_CONFIG);
+  view.allowReading(directory + "/" SVN_CONFIG_CATEGORY_SERVERS);
+}
+
 void allowConfiguration(const std::optional<std::string> &configDir, platform::FileView &view) {
   if (configDir) {
-    view.allowReading(*configDir);
+    allowConfigurationIn(*configDir, view);
     return;
   }
   const SVNPool pool;
   const char *path = nullptr;
   const SVNError error(svn_config_get_user_config_path(&path, nullptr, nullptr, pool));
   if (error == nullptr && path != nullptr) {
-    view.allowReading(path);
+    allowConfigurationIn(path, view);
   }
-  view.allowReading("/etc/subversion");
+  allowConfigurationIn("/etc/subversion", view);
 }
 
 }  // namespace
@@ -161,16 +171,35 @@ ScanConfinement::ScanConfinement() : filter_(SeccompFilter::allowingAllElse()) {
     filter_.refuse(call, EPERM);
   }
   filter_.refuse(SCMP_SYS(clone), EPERM, {Condition::lacks(cloneFlags, CLONE_THREAD)});
+  // Who is told by which signal that there is something to read.
+  for (const int call : {SCMP_SYS(fcntl), SCMP_SYS(fcntl64)}) {
+    for (const int command : {F_SETOWN, F_SETOWN_EX, F_SETSIG}) {
+      filter_.refuse(call, EPERM, {Condition::lowerHalfIs(1, command)});
+    }
+  }
+  // The limit of a scan's memory does not count what other processes could share.
+  for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2)}) {
+    filter_.refuse(call, EPERM, {Condition::has(3, MAP_SHARED | MAP_ANONYMOUS)});
+  }
 }
 
 Outcome ScanConfinement::apply(const ScanRequest &request, const std::string &database) {
   platform::FileView view;
   view.allowReading(request.targetPath);
-  view.allowReadingAndWriting(std::filesystem::path(database).parent_path());
+  // Where a link leads to, whoever made the working copy has chosen.
+  const std::filesystem::path besideDatabase = std::filesystem::path(database).parent_path();
+  std::error_code ignored;
+  if (std::filesystem::is_symlink(besideDatabase, ignored)) {
+    view.allowReading(besideDatabase);
+  } else {
+    view.allowReadingAndWriting(besideDatabase);
+  }
   allowConfiguration(request.configDir, view);
   view.allowReading("/sys/devices/system/cpu/online");  // how many threads are of use
   if (const platform::Result<bool> isEnforced = view.enforce(); !isEnforced) {
     return Outcome::failure(isEnforced.reason());
   }
+  view.enforce();
+  filter_.refuse(SCMP_SYS(tgkill), EPERM, {Condition::isNot(0, getpid())});
   return filter_.load();
 }

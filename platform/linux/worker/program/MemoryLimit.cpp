@@ -14,7 +14,9 @@
 
 namespace {
 
-rlimit limitOfSystem{};  // set before there is a second thread
+// What was to be had before, as far as it may still be asked for. Set before there is a second
+// thread.
+rlimit limitOfSystem{};
 
 // What the process has of the memory that is limited.
 rlim_t dataSize() {
@@ -59,8 +61,11 @@ void limitMemory(std::uint64_t greatestGrowth) {
   if (getrlimit(RLIMIT_DATA, &limitOfSystem) != 0) {
     return;
   }
-  rlimit limit = limitOfSystem;
-  limit.rlim_cur = std::min(limitOfSystem.rlim_cur, dataSize() + greatestGrowth);
+  const rlim_t greatest = dataSize() + greatestGrowth;
+  // Whoever has taken over the process can raise the limit up to here.
+  limitOfSystem.rlim_max = std::min<rlim_t>(limitOfSystem.rlim_max, greatest + probedSize);
+  limitOfSystem.rlim_cur = std::min(limitOfSystem.rlim_cur, limitOfSystem.rlim_max);
+  const rlimit limit{std::min(limitOfSystem.rlim_cur, greatest), limitOfSystem.rlim_max};
   setrlimit(RLIMIT_DATA, &limit);
   for (const int signal : {SIGABRT, SIGTRAP}) {  // the latter is how GLib does it
     std::signal(signal, endWithReason);
