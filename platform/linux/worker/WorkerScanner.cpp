@@ -1,6 +1,5 @@
 #include "platform/linux/worker/WorkerScanner.h"
 
-#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <utility>
@@ -9,6 +8,7 @@
 
 #include "platform/linux/Patience.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
+#include "scanner/SVNError.h"
 #include "scanner/TargetPath.h"
 
 namespace {
@@ -148,7 +148,7 @@ class WorkerScanner::OneScan {
     return std::nullopt;
   }
 
-  // How the process of the scan has ended, the worker knows.
+  // Only the worker knows how the process of the scan has ended.
   Result resultAfterExit() {
     std::string bytes;
     const MessageSocket::Reception reception = worker_.receiveWithin(limits_.silence, &bytes);

@@ -24,7 +24,6 @@
 #include "platform/linux/worker/BarredRoots.h"
 #include "platform/linux/worker/WorkerProcess.h"
 #include "scanner/KTRWorkingCopyStatusScanner.h"
-#include "scanner/SVNError.h"
 
 class WorkerScanner {
  public:
