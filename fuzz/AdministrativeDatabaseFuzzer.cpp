@@ -7,6 +7,7 @@
 #include "fuzz/support/Promise.h"
 #include "platform/Paths.h"
 #include "scanner/AdministrativeDatabase.h"
+#include "scanner/AdministrativeFiles.h"
 
 namespace {
 

@@ -5,23 +5,12 @@
 // whatever reason, has no answer; callers then do without.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 struct sqlite3;
-
-// Where the database of the working copy with that top directory is.
-std::string databaseOfWorkingCopy(const std::string &top);
-
-// The nearest directory that has a database, from `path` upwards; "/" if none has.
-std::string topOfWorkingCopy(const std::string &path);
-
-// The size of the database of the working copy whose top directory is `root`, in bytes; 0 where
-// there is none.
-std::uintmax_t sizeOfAdministrativeDatabase(const std::string &root);
 
 struct SampledNode {
   std::string path;  // absolute

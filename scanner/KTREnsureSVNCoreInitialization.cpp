@@ -9,7 +9,7 @@
 #include <svn_pools.h>
 #include <svn_utf.h>
 
-#include "scanner/DatabaseFiles.h"
+#include "scanner/DatabaseGuard.h"
 #include "scanner/KTRWorkingCopyStatusScanner.h"
 
 void KTREnsureSVNCoreInitialization() {

@@ -9,6 +9,7 @@
 #include <apr_errno.h>
 
 #include "scanner/AdministrativeDatabase.h"
+#include "scanner/AdministrativeFiles.h"
 #include "scanner/WalkProgress.h"
 
 namespace {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "scanner/AdministrativeDatabase.h"
+#include "scanner/AdministrativeFiles.h"
 
 namespace {
 

@@ -37,7 +37,7 @@ struct Answer {
   std::vector<std::string> unreachable;  // each with its reason
   bool isPublished = false;
   std::optional<std::string> failure;
-  std::optional<FileDescriptor> answered;  // the file that is to be removed
+  std::optional<FileDescriptor> answeredFile;  // open; to be removed
 };
 
 std::string withReason(const FileURL &file, const std::string &reason) {
@@ -88,8 +88,7 @@ void recoverEntry(platform::PropertyList &entry, const std::string &identifier, 
 void putAside(const FileURL &taken, const std::string &reason, Answer &answer) {
   if (std::rename(taken.path().c_str(), (taken.path() + ".unreadable").c_str()) == 0) {
     answer.unreachable.push_back(
-        "a recovery request that was left over cannot be read and was put "
-        "aside: " +
+        "a recovery request that was left over cannot be read and was put aside: " +
         withReason(taken, reason));
   } else {
     answer.failure = withReason(taken, g_strerror(errno));
@@ -139,14 +138,15 @@ Answer answerRequest(const FileURL &file, const FileURL &taken) {
     answer.isPublished = !answer.failure;
   }
   if (!answer.failure) {
-    answer.answered.emplace(open(taken.path().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    answer.answeredFile.emplace(open(taken.path().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   }
   return answer;
 }
 
 // Removes the request that was answered, unless another run has done so and has taken the next one.
 // Why it could not; none on success.
-std::optional<std::string> settle(const FileURL &directory, const FileURL &taken, int answered) {
+std::optional<std::string> settle(const FileURL &directory, const FileURL &taken,
+                                  int answeredFile) {
   const Result<ManifestLock> lock = ManifestLock::take(directory, manifestLockPatience);
   if (!lock) {
     return lock.reason();
@@ -154,7 +154,7 @@ std::optional<std::string> settle(const FileURL &directory, const FileURL &taken
   // It is open, so that its number is no other file's.
   struct stat own {};
   struct stat there {};
-  if (fstat(answered, &own) != 0 || lstat(taken.path().c_str(), &there) != 0 ||
+  if (fstat(answeredFile, &own) != 0 || lstat(taken.path().c_str(), &there) != 0 ||
       own.st_dev != there.st_dev || own.st_ino != there.st_ino) {
     return std::nullopt;
   }
@@ -175,7 +175,7 @@ ExitStatus recoverWorkingCopies(Output &output) {
 
   ExitStatus status = exitDone;
   bool isPublished = false;
-  std::optional<FileDescriptor> answered;
+  std::optional<FileDescriptor> answeredFile;
   // A taken request was left by a run that did not come to its end. It comes first, because taking
   // the next one replaces it.
   for (const FileURL &file : {taken, request}) {
@@ -183,9 +183,9 @@ ExitStatus recoverWorkingCopies(Output &output) {
       continue;
     }
     Answer answer = answerRequest(file, taken);
-    if (answer.answered) {
-      answered.reset();
-      answered.emplace(*std::move(answer.answered));
+    if (answer.answeredFile) {
+      answeredFile.reset();
+      answeredFile.emplace(*std::move(answer.answeredFile));
     }
     if (answer.isPublished) {
       isPublished = true;
@@ -209,8 +209,8 @@ ExitStatus recoverWorkingCopies(Output &output) {
     announceManifestAgain();
   }
   // Last of all, so that no end of this program leaves a list that nobody was told of.
-  if (answered) {
-    if (const std::optional<std::string> failure = settle(*directory, taken, *answered)) {
+  if (answeredFile) {
+    if (const std::optional<std::string> failure = settle(*directory, taken, *answeredFile)) {
       printError(*failure);
       status = exitFailed;
     }

@@ -1,6 +1,5 @@
 // Working copies whose databases are damaged at random, beside one that is whole: the extension
 // lives on, and the whole one is answered for throughout.
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <map>
@@ -9,6 +8,7 @@
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
+#include "tests/support/NumberFromEnvironment.h"
 
 using platform::FileURL;
 
@@ -16,11 +16,6 @@ namespace {
 
 std::string urlOf(const std::string &path) {
   return FileURL::fromPath(path).text();
-}
-
-unsigned long numberFromEnvironment(const char *name, unsigned long otherwise) {
-  const char *const text = std::getenv(name);
-  return text == nullptr ? otherwise : std::strtoul(text, nullptr, 10);
 }
 
 std::size_t occurrences(const std::string &text, const std::string &part) {
@@ -152,11 +147,6 @@ class Damage {
   std::mt19937 random_;
 };
 
-// The extension's log goes into a file, since it is long.
-const ExtensionSession::Setup loggingSetup{.extensionCommand =
-                                               "/bin/sh -c 'exec \"$0\" 2>> \"$HOME/log\"' '" +
-                                               ExtensionSession::extensionProgram() + "'"};
-
 class CorruptDatabase : public testing::Test {
  protected:
   CorruptDatabase() {
@@ -193,7 +183,7 @@ class CorruptDatabase : public testing::Test {
     return client.waitForBadges(urls.size()) ? client.set : BusClient::Badges();
   }
 
-  const ExtensionSession session{loggingSetup};
+  const ExtensionSession session{ExtensionSession::loggingSetup()};
   const WorkingCopy damaged{session.directory(), "damaged"};
   const WorkingCopy whole{session.directory(), "whole"};
   BusClient client{session.bus()};
@@ -223,7 +213,7 @@ TEST_F(CorruptDatabase, CostsNothingBeyondItsWorkingCopy) {
   writeFile(database, original);
   EXPECT_EQ(badgesOfBoth(), expected);
 
-  const std::string log = readFileForTest(session / "home/log");
+  const std::string log = session.log();
   std::cout << count << " corruptions (seed " << seed << "): the library returned an error for "
             << occurrences(log, "Status scan of") - occurrences(log, "E200012")
             << ", ended the scan in " << occurrences(log, "The scan was ended") << ", hung in "

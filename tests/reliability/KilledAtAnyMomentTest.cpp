@@ -5,7 +5,6 @@
 // HALVERN_MOMENTS says how often somebody is killed (50), HALVERN_SEED from which seed.
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -15,6 +14,7 @@
 #include "platform/linux/PropertyListCoding.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/support/BusClient.h"
+#include "tests/support/NumberFromEnvironment.h"
 #include "tests/support/ProcessTree.h"
 #include "tests/support/PublicNames.h"
 #include "tests/support/Subversion.h"
@@ -39,11 +39,6 @@ constexpr int fileCount = 2'000;
 // As long as the slowest of what is interrupted, a start of the extension, takes with room to
 // spare.
 constexpr int longestWait = 60'000;  // microseconds
-
-unsigned long numberInEnvironment(const char *name, unsigned long otherwise) {
-  const char *text = std::getenv(name);
-  return text == nullptr ? otherwise : std::strtoul(text, nullptr, 10);
-}
 
 class KilledAtAnyMoment : public testing::Test {
  protected:
@@ -339,8 +334,8 @@ class KilledAtAnyMoment : public testing::Test {
     }
   }
 
-  const unsigned long seed_ = numberInEnvironment("HALVERN_SEED", 20261);
-  const unsigned long moments_ = numberInEnvironment("HALVERN_MOMENTS", 50);
+  const unsigned long seed_ = numberFromEnvironment("HALVERN_SEED", 20261);
+  const unsigned long moments_ = numberFromEnvironment("HALVERN_MOMENTS", 50);
   std::mt19937 random_{static_cast<std::mt19937::result_type>(seed_)};
   std::map<std::string, unsigned long> kills_;
   ExtensionSession session_;

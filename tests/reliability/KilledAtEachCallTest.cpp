@@ -11,6 +11,7 @@
 #include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/MainContextQueues.h"
+#include "tests/reliability/SessionState.h"
 #include "tests/reliability/TracedCalls.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
@@ -73,28 +74,15 @@ class KilledAtEachCall : public testing::Test {
       SCOPED_TRACE("killed before " + calls.lines()[i]);
       restoreState();
       ASSERT_EQ(calls.runUntil(i).status, killed);
-      EXPECT_LE(unfinishedFiles().size(), 1U);
+      EXPECT_LE(unfinishedFilesOf(session).size(), 1U);
       check();
-      EXPECT_EQ(unfinishedFiles(), Names());
+      EXPECT_EQ(unfinishedFilesOf(session), Names());
       if (HasFatalFailure() || HasNonfatalFailure()) {
         return;
       }
     }
     RecordProperty("calls", std::to_string(calls.lines().size()));
     std::printf("killed before each of %zu calls\n", calls.lines().size());
-  }
-
-  Names unfinishedFiles() const {
-    Names names;
-    for (const char *folder : {"data", "configuration"}) {
-      for (const std::string &name : fs::exists(session / folder) ? filesBelow(session / folder)
-                                                                  : std::vector<std::string>()) {
-        if (name.find(".unfinished") != std::string::npos) {
-          names.insert(name);
-        }
-      }
-    }
-    return names;
   }
 
   bool isThere(std::string_view name) const { return fs::exists(session.sharedPath(name)); }

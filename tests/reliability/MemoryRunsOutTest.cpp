@@ -66,9 +66,10 @@ TEST_F(MemoryRunsOut, ForAScanCostsItsBadgesUntilThereIsSome) {
       EXPECT_EQ(badge, "") << left << ": the limit is none";
     }
     leaveUsual(worker);
-    EXPECT_EQ(badgeByNewScan(), "modified") << left << ": the root is held responsible\n" << log();
+    EXPECT_EQ(badgeByNewScan(), "modified") << left << ": the root is held responsible\n"
+                                            << session.log();
   }
-  EXPECT_THAT(log(), HasSubstr("There is not enough memory"));
+  EXPECT_THAT(session.log(), HasSubstr("There is not enough memory"));
   EXPECT_EQ(session.extensionProcess(), extension);
 }
 
@@ -97,7 +98,7 @@ TEST_F(MemoryRunsOut, ForAWorkerCostsBadgesUntilThereIsSome) {
   EXPECT_EQ(asker.directoryURLs().size(), 1U);
   leaveUsual(spawner);
   endWorker();  // which has the limit that it was started with
-  EXPECT_EQ(badgeByNewScan(), "modified") << log();
+  EXPECT_EQ(badgeByNewScan(), "modified") << session.log();
   EXPECT_EQ(session.extensionProcess(), extension);
 }
 

@@ -77,7 +77,7 @@ TEST_F(MountedWorkingCopy, ThatIsUnmountedInTheMiddleOfAScanIsShownWhenItIsMount
   mountContents();
   expectAllIsRight();
   EXPECT_EQ(client.badgeByPath().at(wc / "folder/clean"), "modified");
-  EXPECT_THAT(log(), Not(HasSubstr("The scan hangs")));
+  EXPECT_THAT(session.log(), Not(HasSubstr("The scan hangs")));
 }
 
 }  // namespace

@@ -68,7 +68,7 @@ class UpgradedWorkingCopy : public WorldFixture {
 
   bool waitForLogOf(const std::string &error) {
     const std::string line = "Status scan of <private> failed: " + error;
-    return client.waitUntil([&] { return log().find(line) != std::string::npos; });
+    return client.waitUntil([&] { return session.log().find(line) != std::string::npos; });
   }
 };
 
@@ -76,10 +76,10 @@ TEST_F(UpgradedWorkingCopy, HasNoBadgesUntilItsFormatIsOneThatIsUnderstood) {
   constexpr int usual = 31;  // of Subversion 1.8 and later
   showAll();
   setFormat(99);
-  EXPECT_TRUE(waitForLogOf("E155021")) << log();
+  EXPECT_TRUE(waitForLogOf("E155021")) << session.log();
   expectNoBadges();
   setFormat(29);  // of Subversion 1.7
-  EXPECT_TRUE(waitForLogOf("E155036")) << log();
+  EXPECT_TRUE(waitForLogOf("E155036")) << session.log();
   expectNoBadges();
   setFormat(usual);
   expectAllIsRight();

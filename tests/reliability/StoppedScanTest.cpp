@@ -48,7 +48,7 @@ TEST_F(StoppedScan, IsEndedAfterEightSecondsAndOthersAreAnswered) {
   EXPECT_EQ(asker.requestBadges({url}), "");
   EXPECT_TRUE(asker.waitForBadges(1));
   EXPECT_THAT(asker.set, ElementsAre(Pair(url, "unversioned")));
-  EXPECT_THAT(log(), HasSubstr("The scan hangs"));
+  EXPECT_THAT(session.log(), HasSubstr("The scan hangs"));
   EXPECT_TRUE(waitForProcessEnd(scan.scan)) << "what hangs is left behind";
   EXPECT_TRUE(waitForProcessEnd(scan.worker));
 
@@ -69,7 +69,7 @@ TEST_F(StoppedScan, ThatIsStoppedTogetherWithTheExtensionIsNotTakenForOneThatHan
   kill(scan.scan, SIGCONT);
   expectAllIsRight();
   EXPECT_EQ(client.badgeByPath().at(wc / "folder/clean"), "modified");
-  EXPECT_THAT(log(), Not(HasSubstr("The scan hangs")));
+  EXPECT_THAT(session.log(), Not(HasSubstr("The scan hangs")));
 }
 
 }  // namespace

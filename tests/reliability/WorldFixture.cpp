@@ -6,16 +6,7 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// The extension's log goes into a file, to be read by the test.
-const ExtensionSession::Setup loggingSetup{.extensionCommand =
-                                               "/bin/sh -c 'exec \"$0\" 2>> \"$HOME/log\"' '" +
-                                               ExtensionSession::extensionProgram() + "'"};
-
-}  // namespace
-
-WorldFixture::WorldFixture() : LiveFixture(loggingSetup) {
+WorldFixture::WorldFixture() : LiveFixture(ExtensionSession::loggingSetup()) {
   wc.addFile("folder/deeper/changed", "text\n");
   wc.addFile("folder/clean", "text\n");
   wc.svn({"update", "--quiet"});
@@ -43,10 +34,6 @@ void WorldFixture::expectNoBadges() {
   EXPECT_TRUE(client.waitUntil([&] { return client.isSettled() && client.badgeByPath().empty(); }))
       << differences(client.badgeByPath(), {});
   EXPECT_EQ(session.extensionProcess(), extension);
-}
-
-std::string WorldFixture::log() const {
-  return readFileForTest(session / "home/log");
 }
 
 // Of ".svn" without what the extension leaves out there.

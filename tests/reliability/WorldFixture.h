@@ -22,9 +22,6 @@ class WorldFixture : public LiveFixture {
   // That no item is shown with a badge, once the extension has looked.
   void expectNoBadges();
 
-  // What the extension has logged.
-  std::string log() const;
-
   const std::string root = wc.path();
   pid_t extension = -1;
 

@@ -8,6 +8,7 @@
 #include "registry/KTRFinderSyncWorkingCopies.h"
 #include "tests/scanner/RandomWorkingCopy.h"
 #include "tests/scanner/StatusOracle.h"
+#include "tests/support/NumberFromEnvironment.h"
 
 namespace {
 
@@ -17,14 +18,8 @@ constexpr int roundsPerWorkingCopy = 2;
 constexpr int changesPerRound = 12;
 constexpr unsigned defaultSeed = 20260;
 
-const char *seedInEnvironment() {
-  return std::getenv("HALVERN_SEED");
-}
-
 unsigned firstSeed() {
-  return seedInEnvironment() == nullptr
-             ? defaultSeed
-             : static_cast<unsigned>(std::strtoul(seedInEnvironment(), nullptr, 10));
+  return static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
 }
 
 // The registry, asked for every item of a working copy; only its platform is made up.
@@ -126,7 +121,7 @@ TEST_P(Oracle, TheBadgesAreThoseOfAFreshStatusRun) {
                                  << workingCopy.history();
     }
   }
-  if (seedInEnvironment() == nullptr) {
+  if (std::getenv("HALVERN_SEED") == nullptr) {
     for (const char *kind :
          {"item added", "item conflicted", "item deleted", "item external", "item missing",
           "item modified", "item normal", "item obstructed", "item replaced", "item unversioned",

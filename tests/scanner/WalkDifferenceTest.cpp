@@ -1,11 +1,11 @@
 // Random working copies, walked in parts and in one go: the reports are the same. 208 of them: each
 // of 52 is compared at four stages of what happens to it.
-#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 
 #include "tests/scanner/RandomWorkingCopy.h"
 #include "tests/scanner/WalkComparison.h"
+#include "tests/support/NumberFromEnvironment.h"
 
 namespace {
 
@@ -16,8 +16,7 @@ constexpr int changesPerStage = 3;
 constexpr unsigned defaultSeed = 70'000;
 
 unsigned firstSeed() {
-  const char *text = std::getenv("HALVERN_SEED");
-  return text == nullptr ? defaultSeed : static_cast<unsigned>(std::strtoul(text, nullptr, 10));
+  return static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
 }
 
 class WalkDifference : public testing::TestWithParam<unsigned> {

@@ -62,6 +62,13 @@ int descriptorOfExtension(const PrivateBus &bus) {
 
 }  // namespace
 
+ExtensionSession::Setup ExtensionSession::loggingSetup(const std::string &launcher) {
+  Setup setup;
+  setup.extensionCommand =
+      launcher + " /bin/sh -c 'exec \"$0\" 2>> \"$HOME/log\"' '" + extensionProgram() + "'";
+  return setup;
+}
+
 ExtensionSession::ExtensionSession(const Setup &setup)
     : environment_(environmentBelow(directory_, setup)) {
   writeServiceFile(setup);
@@ -120,6 +127,10 @@ std::string ExtensionSession::extensionProgram() {
 
 pid_t ExtensionSession::extensionProcess() const {
   return processOfExtension(*bus_);
+}
+
+std::string ExtensionSession::log() const {
+  return readFileForTest(directory_ / "home/log");
 }
 
 CommandOptions ExtensionSession::environment() const {

@@ -27,6 +27,9 @@ class ExtensionSession {
     bool isActivatable = true;
   };
 
+  // That of an extension whose log goes into a file. `launcher`, if there is one, is what runs it.
+  static Setup loggingSetup(const std::string &launcher = "");
+
   ExtensionSession() : ExtensionSession(Setup()) {}
   explicit ExtensionSession(const Setup &setup);
 
@@ -54,6 +57,9 @@ class ExtensionSession {
 
   // The process that has the extension's name; -1 if none has.
   pid_t extensionProcess() const;
+
+  // What extensions have logged so far in a session with that setup.
+  std::string log() const;
 
   // Files in the directory that companion and extension share.
   std::string sharedPath(std::string_view name = "") const;

@@ -1,6 +1,5 @@
 // The whole system at work: what a file manager shows of a working copy in which things happen,
 // compared with what a fresh `svn status` says once they have happened.
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -8,6 +7,7 @@
 #include "tests/scanner/StatusOracle.h"
 #include "tests/support/ExtensionSession.h"
 #include "tests/support/FileManagerClient.h"
+#include "tests/support/NumberFromEnvironment.h"
 #include "tests/system/ShownItems.h"
 
 namespace fs = std::filesystem;
@@ -20,8 +20,7 @@ constexpr unsigned greatestBurst = 12;  // changes in one step
 constexpr unsigned defaultSeed = 20261;
 
 unsigned firstSeed() {
-  const char *seed = std::getenv("HALVERN_SEED");
-  return seed == nullptr ? defaultSeed : static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
+  return static_cast<unsigned>(numberFromEnvironment("HALVERN_SEED", defaultSeed));
 }
 
 // A file manager that shows all of a working copy.

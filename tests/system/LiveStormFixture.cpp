@@ -1,12 +1,11 @@
 #include "tests/system/LiveStormFixture.h"
 
-#include <filesystem>
 #include <fstream>
 #include <future>
+#include <sstream>
 
 #include "platform/FileURL.h"
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,19 +23,10 @@ std::size_t greatestMemoryOfProcess(pid_t process) {
   return 0;
 }
 
-// An extension whose log goes to a file.
-ExtensionSession::Setup loggingSetup(const std::string &launcher) {
-  ExtensionSession::Setup setup;
-  setup.extensionCommand = launcher + " /bin/sh -c 'exec \"$0\" 2>> \"$XDG_DATA_HOME\"/log' '" +
-                           ExtensionSession::extensionProgram() + "'";
-  return setup;
-}
-
 }  // namespace
 
 LiveStormFixture::LiveStormFixture(const std::string &launcher)
-    : LiveFixture(loggingSetup(launcher)) {
-  fs::create_directories(session / "data");
+    : LiveFixture(ExtensionSession::loggingSetup(launcher)) {
   wc.addFile("folder/deeper/file.txt", "text\n");
   wc.svn({"update"});
 }
@@ -61,7 +51,7 @@ void LiveStormFixture::expectBoundedMemory() const {
 }
 
 std::size_t LiveStormFixture::logLineCount(const std::string &text) const {
-  std::ifstream log(session / "data/log");
+  std::istringstream log(session.log());
   std::size_t count = 0;
   for (std::string line; std::getline(log, line);) {
     count += line.find(text) == std::string::npos ? 0 : 1;

@@ -1,10 +1,10 @@
 // What the extension costs while nothing happens. Not under sanitizers, which have an allocator of
 // their own.
-#include <cstdlib>
 #include <gmock/gmock.h>
 #include <vector>
 
 #include "platform/FileURL.h"
+#include "tests/support/NumberFromEnvironment.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/ProcessTree.h"
 #include "tests/system/LiveFixture.h"
@@ -42,9 +42,8 @@ TEST_F(AtRest, TheExtensionDoesNotWakeUp) {
   listAndWatch();
   ASSERT_EQ(wrongBadges(), "");
   turnFor(untilAllIsQuiet);
-  const char *seconds = std::getenv("HALVERN_IDLE_SECONDS");
   const std::size_t before = wakeUps();
-  turnFor(std::chrono::seconds(seconds == nullptr ? 10 : std::atoi(seconds)));
+  turnFor(std::chrono::seconds(numberFromEnvironment("HALVERN_IDLE_SECONDS", 10)));
   EXPECT_EQ(wakeUps() - before, 0U);
   EXPECT_EQ(wrongBadges(), "");
 }

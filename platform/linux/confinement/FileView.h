@@ -1,5 +1,5 @@
-// The part of the file system that a process keeps when it gives up the rest (Landlock), together
-// with the right to connect or listen over TCP, and to reach processes outside by signals and
+// The part of the file system that a process keeps when it gives up the rest (Landlock). With the
+// rest goes the right to connect or listen over TCP, and to reach processes outside by signals and
 // abstract sockets, as far as the kernel knows of these.
 //
 // What is not opened anew stays open, and looking up attributes (stat) is not restricted by the

@@ -20,14 +20,17 @@ constexpr unsigned cloneFlags = 0;
 
 class SeccompFilter {
  public:
-  // On an argument of a call, by its number from 0. The first is about all 64 bits of it.
+  // On an argument of a call, by its number from 0.
   class Condition {
    public:
+    // All 64 bits count.
     static Condition isNot(unsigned argument, std::int64_t value);
+    // For arguments of which the kernel looks at the lower 32 bits.
+    static Condition lowerHalfIs(unsigned argument, std::int64_t value);
+
+    // All of the bits are set, or none of them.
     static Condition has(unsigned argument, std::int64_t bits);
     static Condition lacks(unsigned argument, std::int64_t bits);
-    // For arguments of which the kernel looks at 32 bits.
-    static Condition lowerHalfIs(unsigned argument, std::int64_t value);
 
    private:
     friend class SeccompFilter;

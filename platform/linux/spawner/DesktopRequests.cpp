@@ -7,7 +7,6 @@
 #include "platform/linux/Patience.h"
 #include "platform/linux/spawner/ForkedProcess.h"
 #include "platform/linux/spawner/Messages.h"
-#include "platform/linux/spawner/SpawnerProcess.h"
 
 namespace platform {
 

@@ -1,4 +1,5 @@
-// What every process that the spawner forks does first.
+// What processes that the spawner forks do first. Each function is about the calling process, and
+// is for one that has one thread.
 #pragma once
 
 #include <sys/types.h>

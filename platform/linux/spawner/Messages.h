@@ -3,7 +3,6 @@
 // than whoever speaks to it.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +10,18 @@
 #include "platform/linux/Packets.h"
 
 namespace platform {
+
+// What the spawner can be asked for, and what it answers. The first open file of each request is
+// where the answer goes, and is closed by the spawner at the end of what was asked for.
+struct SpawnerWords {
+  const char *startWorker;      // files: socket, life; answered with `failed` or not at all
+  const char *findApplication;  // texts: the entry's name; answered with `found` or not at all
+  const char *launch;           // texts: those of `argumentsOfLaunch`; not answered
+  const char *failed;           // texts: the reason
+  const char *found;            // texts: the path
+};
+constexpr SpawnerWords spawnerWords{"start-worker", "find-application", "launch", "failed",
+                                    "found"};
 
 struct Message {
   std::string word;

@@ -43,11 +43,11 @@ class Spawner {
   Spawner(Spawner &&other) noexcept;
   Spawner &operator=(Spawner &&other) = delete;
 
-  // Starts the program with the other end of the socket as its descriptor 3. It has no input, says
-  // what it says on our standard error, is in a session of its own, leaves no core files, inherits
-  // no other open file, and of the environment what tells of the language and the user's
-  // directories. Fails if it cannot be run. From any
-  // thread; waits for some milliseconds, 5 s at the most.
+  // Starts the program with the other end of the socket as its descriptor `workerDescriptor`. It
+  // has no input, says what it says on our standard error, is in a session of its own, leaves no
+  // core files, inherits no other open file, and of the environment what tells of the language and
+  // the user's directories. Fails if it cannot be run. From any thread; waits for some
+  // milliseconds, 5 s at the most.
   Result<StartedWorker> startWorker() const;
 
   // The path of the installed desktop entry of that name. None also if it takes longer than 5 s to

@@ -14,7 +14,6 @@
 #include "platform/linux/confinement/CoreFiles.h"
 #include "platform/linux/spawner/ForkedProcess.h"
 #include "platform/linux/spawner/Messages.h"
-#include "platform/linux/spawner/SpawnerProcess.h"
 #include "platform/linux/worker/WorkerDescriptor.h"
 
 namespace platform {

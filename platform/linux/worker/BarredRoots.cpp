@@ -4,6 +4,8 @@
 #include <system_error>
 #include <thread>
 
+#include "scanner/AdministrativeFiles.h"
+
 BarredRoots::BarredRoots(std::chrono::milliseconds patience, StateOfDatabase stateOfDatabase)
     : patience_(patience), stateOfDatabase_(std::move(stateOfDatabase)) {}
 
@@ -13,7 +15,7 @@ void BarredRoots::bar(const std::string &root, const std::optional<ScanDatabase>
     entry.databasePath = database->path;
     entry.state = database->state;
   } else {
-    entry.databasePath = root + "/.svn/wc.db";
+    entry.databasePath = databaseOfWorkingCopy(root);
     entry.state = stateNow(entry);
   }
   entries_.insert_or_assign(root, std::move(entry));

@@ -1,4 +1,4 @@
+// Where a status worker finds its end of the socket: agreed upon by it and by whoever starts it.
 #pragma once
 
-// The descriptor at which a status worker finds its end of the socket.
 constexpr int workerDescriptor = 3;

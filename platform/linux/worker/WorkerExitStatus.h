@@ -1,7 +1,8 @@
-// How a scan that has not come to its end says why.
+// How a scan that has not come to its end says why, where that is not the fault of the working copy
+// that was scanned.
 #pragma once
 
-// The system has no more memory, which is not the fault of the working copy that was scanned.
+// The system has no more memory.
 constexpr int workerExitWithoutMemory = 75;
 
 // No process is to be had for the scan, or no thread of it.

@@ -10,6 +10,7 @@
 
 #include "platform/linux/Patience.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
+#include "scanner/SVNError.h"
 #include "scanner/TargetPath.h"
 
 namespace {
@@ -173,7 +174,7 @@ class WorkerScanner::OneScan {
     return std::nullopt;
   }
 
-  // How the process of the scan has ended, the worker knows.
+  // Only the worker knows how the process of the scan has ended.
   Result resultAfterExit() {
     std::string bytes;
     const MessageSocket::Reception reception = worker_.receiveWithin(bounds_.silence, &bytes);

@@ -26,7 +26,6 @@
 #include "platform/linux/worker/BarredRoots.h"
 #include "platform/linux/worker/WorkerProcess.h"
 #include "scanner/KTRWorkingCopyStatusScanner.h"
-#include "scanner/SVNError.h"
 
 // What a scan may do before it is ended. The process of a scan keeps to none of it by itself: what
 // it reads may have made anything of it.

@@ -1,10 +1,10 @@
 // Whether there is an extension, and what it tells by itself.
-#include <cstdlib>
 
 #include "tests/filemanagers/glib/BusLinkFixture.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExtensionSession.h"
+#include "tests/support/NumberFromEnvironment.h"
 #include "tests/support/PublicNames.h"
 
 using ::testing::ElementsAre;
@@ -144,9 +144,8 @@ TEST_F(BusLinkPresence, LateAnswersAreTaken) {
   ASSERT_TRUE(waitForLine("appeared"));
   link->requestBadges({"/wc/a"});
   link->requestMenu(platform::FIMenuKind::contextualMenuForItems);
-  const char *seconds = std::getenv("HALVERN_SILENT_SECONDS");
-  const gint64 end =
-      g_get_monotonic_time() + gint64{seconds == nullptr ? 1 : std::atoi(seconds)} * G_USEC_PER_SEC;
+  const auto seconds = static_cast<gint64>(numberFromEnvironment("HALVERN_SILENT_SECONDS", 1));
+  const gint64 end = g_get_monotonic_time() + seconds * G_USEC_PER_SEC;
   while (!turnMainLoopUntil([end] { return g_get_monotonic_time() >= end; })) {
   }
   EXPECT_THAT(lines(), ElementsAre("appeared"));

@@ -21,10 +21,6 @@ bool isText(const char *text, const char *expected) {
   return text != nullptr && std::strcmp(text, expected) == 0;
 }
 
-bool isAnswered(GDBusMessage *message) {
-  return (g_dbus_message_get_flags(message) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) == 0;
-}
-
 std::size_t bodySize(GDBusMessage *message) {
   GVariant *body = g_dbus_message_get_body(message);
   return body == nullptr ? 0 : g_variant_get_size(body);
@@ -42,12 +38,12 @@ bool hasArguments(const GDBusMethodInfo &method, const char *signature) {
 
 CallGate::CallGate(GDBusConnection *connection, std::string objectPath,
                    const GDBusInterfaceInfo *interface, Receiver receiver,
-                   std::function<void()> hasRoom)
+                   std::function<void()> whenThereIsRoom)
     : connection_(G_DBUS_CONNECTION(g_object_ref(connection))),
       objectPath_(std::move(objectPath)),
       interface_(interface),
       receiver_(std::move(receiver)),
-      whenThereIsRoom_(std::move(hasRoom)),
+      whenThereIsRoom_(std::move(whenThereIsRoom)),
       filter_(g_dbus_connection_add_filter(connection, messagePasses, this, nullptr)) {}
 
 CallGate::~CallGate() {
@@ -79,7 +75,7 @@ bool CallGate::letCallIn(GDBusMessage *message) {
   }
   const bool isOurs = isReceived(message);
   const CallName name(sender, g_dbus_message_get_serial(message));
-  if (!isOurs && (!isAnswered(message) || others_.contains(name))) {
+  if (!isOurs && (!expectsAnswer(message) || others_.contains(name))) {
     // Nothing that GDBus does has an effect beside its answer. A number that is given twice cannot
     // be answered twice.
     return false;
@@ -118,7 +114,7 @@ bool CallGate::isReceived(GDBusMessage *message) const {
 }
 
 void CallGate::refuse(GDBusMessage *message, const char *reason) {
-  if (isAnswered(message) && unsentRefusals_ < greatestUnsentRefusalCount) {
+  if (expectsAnswer(message) && unsentRefusals_ < greatestUnsentRefusalCount) {
     ++unsentRefusals_;
     const ObjectHandle<GDBusMessage> refusal(g_dbus_message_new_method_error_literal(
         message, "org.freedesktop.DBus.Error.LimitsExceeded", reason));

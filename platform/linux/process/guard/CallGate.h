@@ -21,23 +21,26 @@ class CallGate {
   using Receiver = std::function<void(std::unique_ptr<IncomingCall>)>;
 
   // Calls of the object at the path are received if the interface has a method of that name and
-  // signature; all else is left to GDBus. `hasRoom` is called on GDBus's thread when so much has
-  // been sent that there is room again. For a connection that lasts as long as the process.
+  // signature; all else is left to GDBus. `whenThereIsRoom` is called on GDBus's thread when so
+  // much has been sent that there is room again. For a connection that lasts as long as the
+  // process.
   CallGate(GDBusConnection *connection, std::string objectPath, const GDBusInterfaceInfo *interface,
-           Receiver receiver, std::function<void()> hasRoom);
+           Receiver receiver, std::function<void()> whenThereIsRoom);
   ~CallGate();
   CallGate(const CallGate &) = delete;
   CallGate &operator=(const CallGate &) = delete;
 
-  // Hands a message to GDBus, which sends it when the bus takes it. Null does nothing.
+  // Hands a message to GDBus, which sends it when the bus takes it. Null does nothing. From any
+  // thread.
   void send(platform::ObjectHandle<GDBusMessage> message);
 
   // Whether what waits to be sent is little enough for more to be made. GDBus itself has no limit.
+  // From any thread.
   bool hasRoom() const { return unsentSize_ < greatestUnsentSize; }
 
  private:
-  // What an answer waits for that goes to another client than those before it: some hundredths of
-  // a second.
+  // In bytes. An answer to one client waits for what is sent to others before it: for so much, some
+  // hundredths of a second.
   static constexpr std::size_t greatestUnsentSize = 4 << 20;
 
   // Where the bus is so slow to take them that so many wait, there are no more: GDBus would keep

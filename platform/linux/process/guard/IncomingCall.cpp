@@ -17,14 +17,17 @@ VariantHandle argumentsOf(GDBusMessage *message) {
 
 }  // namespace
 
+bool expectsAnswer(GDBusMessage *call) {
+  return (g_dbus_message_get_flags(call) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) == 0;
+}
+
 IncomingCall::IncomingCall(GDBusMessage *message, WaitingCalls::Place place)
     : client(g_dbus_message_get_sender(message)),
       interface(g_dbus_message_get_interface(message)),
       method(g_dbus_message_get_member(message)),
       arguments(argumentsOf(message)),
       serial_(g_dbus_message_get_serial(message)),
-      isAnswered_((g_dbus_message_get_flags(message) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) ==
-                  0),
+      isAnswered_(expectsAnswer(message)),
       place_(std::move(place)) {}
 
 ObjectHandle<GDBusMessage> IncomingCall::answer(GVariant *values) const {

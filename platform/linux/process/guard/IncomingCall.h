@@ -6,6 +6,9 @@
 #include "platform/linux/GLibHandles.h"
 #include "platform/linux/process/guard/WaitingCalls.h"
 
+// Whether whoever has sent the call waits for an answer.
+bool expectsAnswer(GDBusMessage *call);
+
 struct IncomingCall {
   // The arguments are in one piece: as they arrive, each of them is an object by itself, which take
   // several times the memory.

@@ -19,7 +19,7 @@ class WaitingCalls {
     std::size_t bytes = 256 << 20;
   };
 
-  // What a call takes besides its arguments.
+  // What a call takes besides its arguments, in bytes.
   static constexpr std::size_t callSize = 2 << 10;
 
   // Of a call that waits, as long as it does. Must not outlast the object that it is from.

@@ -9,12 +9,13 @@
 
 namespace {
 
-// Without another directory, five minutes. At 100 MB a second a file of 30 GB is compared in this
-// time, and at a millisecond for each a directory of 300,000 items is read.
+// How many beats in a row work alone is good for, without another directory: five minutes. At
+// 100 MB a second a file of 30 GB is compared in this time, and at a millisecond for each a
+// directory of 300,000 items is read.
 constexpr int greatestBeatCountWithoutProgress = 300;
 
-// Of a second. Whoever reads takes ten times as much; timer interrupts that hit a walk which is
-// caught in memory take less.
+// What counts as work of the kernel in one interval. A scan that reads takes ten times as much; the
+// timer interrupts that hit a walk which is caught in memory take less.
 constexpr std::chrono::microseconds leastKernelTime{5000};
 
 struct KernelWork {
@@ -30,17 +31,17 @@ KernelWork workSoFar(int whose) {
           usage.ru_nvcsw};
 }
 
-// Of the process without this thread, which itself waits.
+// For all threads of the process but this one, which waits itself.
 KernelWork workOfOthers() {
   const KernelWork all = workSoFar(RUSAGE_SELF);
   const KernelWork own = workSoFar(RUSAGE_THREAD);
   return {all.time - own.time, all.waitCount - own.waitCount};
 }
 
-class Watch {
+class SignsOfLife {
  public:
-  // Whether the scan has gone on since the last call.
-  bool hasGoneOn() {
+  // Whether there were some since the last call.
+  bool haveCome() {
     const std::uint64_t progress = walkProgress();
     const KernelWork work = workOfOthers();
     const bool hasProgressed = progress != progress_;
@@ -73,10 +74,10 @@ Heartbeat::~Heartbeat() {
 }
 
 void Heartbeat::run() {
-  Watch watch;
+  SignsOfLife signs;
   std::unique_lock lock(mutex_);
   while (!changed_.wait_for(lock, interval_, [this] { return isEnding_; })) {
-    if (watch.hasGoneOn()) {
+    if (signs.haveCome()) {
       beat_();
     }
   }

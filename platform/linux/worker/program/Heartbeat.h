@@ -1,4 +1,4 @@
-// Tells the extension process every second that a scan goes on, as long as it does.
+// Tells every second that a scan goes on, as long as it does.
 //
 // A scan goes on if it has come to another directory, or if the kernel has worked for this process
 // or had it wait: it reads a large directory, or compares large files. Such work without another
@@ -14,7 +14,8 @@
 
 class Heartbeat {
  public:
-  // `beat` is called on a thread of its own until the object is gone.
+  // `beat` is called on a thread of its own until the object is gone. It is one call at a time, and
+  // the destructor waits for it.
   explicit Heartbeat(std::function<void()> beat,
                      std::chrono::milliseconds interval = std::chrono::seconds(1));
   ~Heartbeat();

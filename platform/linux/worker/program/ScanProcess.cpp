@@ -10,7 +10,7 @@
 #include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/program/Heartbeat.h"
 #include "platform/linux/worker/program/MemoryLimit.h"
-#include "scanner/AdministrativeDatabase.h"
+#include "scanner/AdministrativeFiles.h"
 #include "scanner/SVNError.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "scanner/DatabaseFiles.h"
+#include "scanner/DatabaseGuard.h"
 
 #include <filesystem>
 #include <sqlite3.h>
