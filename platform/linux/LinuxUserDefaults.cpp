@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <unistd.h>
 
 #include "platform/linux/AtomicFile.h"
 #include "platform/linux/LinuxFileManager.h"
@@ -15,6 +16,15 @@ namespace {
 
 std::string filePath(const std::string &directory) {
   return directory + "/defaults.plist";
+}
+
+// Gives what is there a second name, beside the one that a new file takes, so that there is never
+// none. Where that cannot be, it is renamed. True also where there is nothing.
+bool isKeptAside(const std::string &path) {
+  const std::string aside = path + ".unreadable";
+  unlink(aside.c_str());
+  return link(path.c_str(), aside.c_str()) == 0 || errno == ENOENT ||
+         std::rename(path.c_str(), aside.c_str()) == 0;
 }
 
 }  // namespace
@@ -48,9 +58,8 @@ void LinuxUserDefaults::setObject(PropertyList value, std::string_view key) {
   LinuxFileManager().createDirectoryWithIntermediates(FileURL::fromPath(*directory));
   const std::string path = filePath(*directory);
   std::optional<Dictionary> defaults = defaultsInFile(path);
-  if (!isKnown_ || (!defaults && std::rename(path.c_str(), (path + ".unreadable").c_str()) != 0 &&
-                    errno != ENOENT)) {
-    return;  // it can be neither read nor put aside, so it stays
+  if (!isKnown_ || (!defaults && !isKeptAside(path))) {
+    return;  // it can be neither read nor kept, so it stays
   }
   if (!defaults) {
     defaults.emplace();

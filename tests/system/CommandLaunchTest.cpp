@@ -181,6 +181,16 @@ TEST_F(CommandLaunch, TheProgramIsAChildOfNobodyElseWhereTheServiceManagerRefuse
 }
 
 // What the service manager is asked to run.
+TEST_F(CommandLaunch, AServiceManagerThatStaysSilentKeepsNobodyWaiting) {
+  const ServiceStandIn manager(session.bus(), serviceManager(),
+                               ServiceStandIn::OnCall::staysSilent);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(perform("updateItems:", {"file:///wc/a"}), "");
+  EXPECT_THAT(manager.waitForCalls(1), SizeIs(1));
+  EXPECT_THAT(client.directoryURLs(), IsEmpty()) << "it answers";
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+}
+
 TEST_F(CommandLaunch, TheLauncherOfTheServiceManagerLaunchesAndEnds) {
   CommandOptions options = session.environment();
   options.environment["INVOCATION_ID"] = "of the unit";

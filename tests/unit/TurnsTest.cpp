@@ -129,4 +129,17 @@ TEST_F(TurnsTest, WhoeverIsHeldAndForgottenHasNothingLeft) {
   EXPECT_THAT(done, ElementsAre("new"));
 }
 
+TEST_F(TurnsTest, WhoeverIsReleasedByItsOwnStepHasOnePlace) {
+  turns.add(":1.1", [this] {
+    turns.hold(":1.1");
+    turns.release(":1.1");
+    done.emplace_back("both");
+    return false;
+  });
+  turns.add(":1.1", work("next", 1));
+  turns.add(":1.2", work("other", 1));
+  takeAll();
+  EXPECT_THAT(done, ElementsAre("both", "other", "next"));
+}
+
 }  // namespace

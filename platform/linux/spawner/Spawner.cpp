@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
@@ -15,7 +14,6 @@
 
 #include <glib.h>
 
-#include "platform/linux/Patience.h"
 #include "platform/linux/spawner/SpawnerProcess.h"
 
 namespace platform {
@@ -102,9 +100,10 @@ bool Spawner::hasEnded() const {
 }
 
 Result<Spawner::Answer> Spawner::ask(const std::string &word, const std::vector<std::string> &texts,
-                                     const std::vector<int> &files) const {
+                                     const std::vector<int> &files,
+                                     std::chrono::milliseconds patience) const {
   using Failure = Result<Answer>;
-  const auto deadline = std::chrono::steady_clock::now() + systemCallPatience;
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   Result<PacketSockets> sockets = makePacketSockets();
   if (!sockets) {
     return Failure::failure(sockets.reason());
@@ -156,7 +155,9 @@ std::optional<std::string> Spawner::pathOfDesktopEntry(const std::string &name) 
 }
 
 void Spawner::launch(const ApplicationLaunch &launch) const {
-  ask(spawnerWords.launch, argumentsOfLaunch(launch), {});
+  // A service manager may not answer, and the caller has others to serve.
+  constexpr std::chrono::milliseconds patience{500};
+  ask(spawnerWords.launch, argumentsOfLaunch(launch), {}, patience);
 }
 
 }  // namespace platform

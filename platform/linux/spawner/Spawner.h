@@ -3,6 +3,7 @@
 // started, and ends with it.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -10,6 +11,7 @@
 
 #include "platform/Result.h"
 #include "platform/linux/FileDescriptor.h"
+#include "platform/linux/Patience.h"
 #include "platform/linux/desktop/ApplicationUnit.h"
 #include "platform/linux/spawner/Messages.h"
 
@@ -55,8 +57,8 @@ class Spawner {
   std::optional<std::string> pathOfDesktopEntry(const std::string &name) const;
 
   // Launches it as a part of the session, not of the extension, with the environment of the
-  // extension's start. From any thread; waits until it is on its way, 5 s at the most, so that what
-  // is launched later starts later. How it went is told to nobody.
+  // extension's start. From any thread; waits until it is on its way, so that what is launched
+  // later starts later, but for half a second at the most. How it went is told to nobody.
   void launch(const ApplicationLaunch &launch) const;
 
   // When it has ended, nothing can be started any more, and the descriptor is readable.
@@ -72,9 +74,11 @@ class Spawner {
     Message message;
   };
 
-  // Sends a request with those open files behind the one for the answer, and waits for the answer.
+  // Sends a request with those open files behind the one for the answer, and waits for the answer,
+  // for so long at the most.
   Result<Answer> ask(const std::string &word, const std::vector<std::string> &texts,
-                     const std::vector<int> &files) const;
+                     const std::vector<int> &files,
+                     std::chrono::milliseconds patience = systemCallPatience) const;
 
   Spawner(FileDescriptor socket, pid_t process) : socket_(std::move(socket)), process_(process) {}
 

@@ -32,4 +32,5 @@ class Turns {
   std::unordered_map<std::string, std::deque<Step>> work_;
   std::deque<std::string> order_;  // of the clients that have work and are not held
   std::unordered_set<std::string> held_;
+  std::string running_;  // the client whose step runs; it is not in the order meanwhile
 };
