@@ -149,7 +149,8 @@ class Extension {
                                    g_variant_new("(s)", arguments.target.c_str()));
       mustHold(isDone == FileURL::fromText(arguments.target).has_value(),
                "a directory is a valid url");
-      mustHold(principal_.urls.size() == (isDone ? 1 : 0), "a directory arrives or nothing");
+      mustHold(principal_.urls.size() == (isDone ? 2 : 0),
+               "a directory arrives, and a question behind it, or nothing");
     }
     mustHold(service_.selectedItemURLs().empty() && !service_.targetedURL() &&
                  service_.activationToken().empty(),

@@ -28,7 +28,7 @@ void KTREnsureSVNCoreInitialization() {
     sqlite3_config(SQLITE_CONFIG_MULTITHREAD);
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
     sqlite3_initialize();
-    guardDatabaseFiles();
+    guardDatabases();
     // A broken working copy makes most of the library's assertions fail as errors, not as aborts.
     svn_error_set_malfunction_handler(svn_error_raise_on_malfunction);
   });

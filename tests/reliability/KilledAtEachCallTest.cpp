@@ -1,9 +1,11 @@
 // The programs that write, each killed before every call by which it changes a file. What is left
 // is the old or the new state, and the next run goes on from there.
+#include <algorithm>
 #include <csignal>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -62,6 +64,25 @@ class KilledAtEachCall : public testing::Test {
     }
   }
 
+  // A kill does not lose what was written and not flushed; the end of the power does. So contents
+  // are flushed before they take a name, and the folder behind it.
+  static void expectFlushes(const std::vector<std::string> &lines) {
+    const auto isCall = [](const char *name) {
+      return [name](const std::string &line) { return line.find(name) != std::string::npos; };
+    };
+    for (auto line = lines.begin(); line != lines.end(); ++line) {
+      if (isCall("rename")(*line) && isCall(".unfinished")(*line)) {
+        const std::reverse_iterator before(line);
+        EXPECT_LT(std::find_if(before, lines.rend(), isCall("fsync(")),
+                  std::find_if(before, lines.rend(), isCall("write(")))
+            << "before " << *line;
+        const auto flush = std::find_if(line, lines.end(), isCall("fsync("));
+        EXPECT_NE(flush, lines.end()) << "behind " << *line;
+        EXPECT_LE(flush, std::find_if(line, lines.end(), isCall("write("))) << "behind " << *line;
+      }
+    }
+  }
+
   // Kills the program before each call, and has `check` look at what is left each time. There must
   // be as many calls as the shortest way to write a file safely has.
   void killAtEachCall(const std::vector<std::string> &command, std::size_t fewestCalls,
@@ -70,6 +91,7 @@ class KilledAtEachCall : public testing::Test {
     TracedCalls calls(command, session.environment(), directoryOfCalls, runToEnd);
     calls.learn([this] { restoreState(); });
     ASSERT_GE(calls.lines().size(), fewestCalls);
+    expectFlushes(calls.lines());
     for (std::size_t i = 0; i < calls.lines().size(); ++i) {
       SCOPED_TRACE("killed before " + calls.lines()[i]);
       restoreState();

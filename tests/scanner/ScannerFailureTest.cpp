@@ -140,6 +140,25 @@ TEST_F(ScannerFailure, ADatabaseThatIsALinkIsAnErrorAndWhatItLeadsToStaysAsItIs)
   expectThatAnotherScanWorks();
 }
 
+TEST_F(ScannerFailure, AViewInPlaceOfATableIsAnErrorHoweverLongItWouldTake) {
+  for (const std::string table : {"NODES", "WCROOT", "EXTERNALS", "ACTUAL_NODE"}) {
+    const std::string whole = readFileForTest(databasePath());
+    ForeignDatabase(wc.path()).execute(
+        "ALTER TABLE " + table + " RENAME TO WAS_" + table + "; CREATE VIEW " + table +
+        " AS WITH RECURSIVE counter(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM counter) "
+        "SELECT WAS_" +
+        table + ".* FROM counter LEFT JOIN WAS_" + table);
+    EXPECT_NE(scan(wc.path()).error, 0) << table;
+    writeFile(databasePath(), whole);
+    EXPECT_EQ(scan(wc.path()).error, 0);
+    ForeignDatabase(wc.path()).execute("ALTER TABLE " + table + " RENAME TO WAS_" + table +
+                                       "; CREATE VIEW " + table + " AS SELECT * FROM WAS_" + table);
+    EXPECT_NE(scan(wc.path()).error, 0) << table;
+    writeFile(databasePath(), whole);
+  }
+  expectThatAnotherScanWorks();
+}
+
 TEST_F(ScannerFailure, AJournalThatNamesAnotherFileCostsThatFileNothing) {
   for (const std::string &named : {directory / "letter", wc / ".svn/letter"}) {
     writeFile(named, "dear");

@@ -237,6 +237,8 @@ TEST_F(ScanConfinementTest, LetsAScanWriteBesideTheDatabaseAlone) {
   EXPECT_EQ(opening("configuration/config", O_WRONLY), exitedWith(EACCES));
   EXPECT_EQ(inScan([this] { return unlink((directory / "wc/file").c_str()) == 0 ? 0 : errno; }),
             exitedWith(EACCES));
+  EXPECT_EQ(opening("wc/file", O_RDONLY | O_TRUNC), exitedWith(EACCES));
+  EXPECT_EQ(readFileForTest(directory / "wc/file"), "contents");
 }
 
 // Who made the working copy has chosen where it leads.

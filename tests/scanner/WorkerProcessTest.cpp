@@ -1,15 +1,19 @@
 // The built worker, and databases that it does not bear.
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/linux/worker/WorkerDescriptor.h"
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/WorkerScan.h"
 #include "tests/support/Command.h"
+#include "tests/support/ProcessFigures.h"
 #include "tests/support/StartedWorker.h"
 #include "tests/support/Subversion.h"
 
@@ -22,8 +26,8 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 // The only one.
-pid_t childOfThisProcess() {
-  const std::string number = std::to_string(getpid());
+pid_t childOf(pid_t process) {
+  const std::string number = std::to_string(process);
   std::ifstream children("/proc/" + number + "/task/" + number + "/children");
   pid_t child = -1;
   children >> child;
@@ -111,6 +115,68 @@ TEST_F(StatusWorkerProcess, AScanReadsNothingOutsideOfItsWorkingCopy) {
   EXPECT_EQ(scanWith(scanner, wc.path()).error, EACCES);
 }
 
+// A scan that would wait for ever is still there when these look at it.
+class HangingScan : public StatusWorkerProcess {
+ protected:
+  void SetUp() override {
+    StatusWorkerProcess::SetUp();
+    wc.addFile("same-size", "old");
+    writeFile(wc / "same-size", "new");
+    fs::last_write_time(wc / "same-size", fs::file_time_type::clock::now() + std::chrono::hours(1));
+    for (const auto &entry : fs::recursive_directory_iterator(wc / ".svn/pristine")) {
+      if (entry.is_regular_file()) {
+        fs::remove(entry.path());
+        ASSERT_EQ(mkfifo(entry.path().c_str(), 0600), 0);
+      }
+    }
+    worker = std::move(*startsWorker()());
+    auto sockets = MessageSocket::makePair();
+    ASSERT_TRUE(worker->socket().send(
+        encode(ScanRequest{wc.path(), "/dev/null", KTRWorkingCopyScanOptions()}),
+        &sockets->second));
+    scan.emplace(std::move(sockets->first));
+    sockets.reset();
+    std::string bytes;
+    ASSERT_EQ(scan->receive(&bytes), MessageSocket::Reception::message) << "it has begun";
+  }
+
+  std::unique_ptr<WorkerProcess> worker;
+  std::optional<MessageSocket> scan;
+};
+
+TEST_F(HangingScan, EndsWithItsWorker) {
+  ASSERT_EQ(kill(childOf(getpid()), SIGKILL), 0);
+  std::string bytes;
+  MessageSocket::Reception reception = MessageSocket::Reception::message;
+  while (reception == MessageSocket::Reception::message) {
+    reception = scan->receiveWithin(std::chrono::seconds(8), &bytes);
+  }
+  EXPECT_EQ(reception, MessageSocket::Reception::end);
+}
+
+TEST_F(HangingScan, CannotSpeakForItsWorker) {
+  const std::string ofWorker = "/proc/" + std::to_string(childOf(getpid())) + "/fd/";
+  const std::string connection =
+      fs::read_symlink(ofWorker + std::to_string(workerDescriptor)).native();
+  EXPECT_THAT(connection, StartsWith("socket:"));
+  const pid_t process = childOf(childOf(getpid()));
+  for (const auto &entry : fs::directory_iterator("/proc/" + std::to_string(process) + "/fd")) {
+    EXPECT_NE(fs::read_symlink(entry.path()).native(), connection);
+  }
+}
+
+TEST_F(HangingScan, HasALimitOfItsMemory) {
+  const pid_t process = childOf(childOf(getpid()));
+  std::istringstream limits(readFileForTest("/proc/" + std::to_string(process) + "/limits"));
+  std::string line;
+  while (!line.starts_with("Max data size") && std::getline(limits, line)) {
+  }
+  // What it may take, beside what it has at its start.
+  const std::uint64_t limit = std::stoull(line.substr(line.find_first_of("0123456789")));
+  EXPECT_GT(limit, std::uint64_t{2} << 30);
+  EXPECT_LT(limit, dataOfProcess(process) + (std::uint64_t{3} << 30));
+}
+
 TEST_F(StatusWorkerProcess, TheWorkerHasNeitherPrivilegesNorNetworkToGain) {
   const StartWorker start = startsWorker();
   const auto worker = start();
@@ -122,7 +188,7 @@ TEST_F(StatusWorkerProcess, TheWorkerHasNeitherPrivilegesNorNetworkToGain) {
   std::string bytes;
   ASSERT_EQ((*worker)->socket().receive(&bytes), MessageSocket::Reception::message);
   const std::string status =
-      readFileForTest("/proc/" + std::to_string(childOfThisProcess()) + "/status");
+      readFileForTest("/proc/" + std::to_string(childOf(getpid())) + "/status");
   EXPECT_THAT(status, HasSubstr("NoNewPrivs:\t1\n"));
   EXPECT_THAT(status, HasSubstr("Seccomp:\t2\n"));
 }

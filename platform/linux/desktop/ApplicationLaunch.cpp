@@ -29,12 +29,12 @@ DesktopEntry entryAt(const std::string &path) {
 // As GIO looks for it by itself: the first that can be read counts, also if it says that there is
 // none.
 DesktopEntry installedEntry(const std::string &name) {
-  std::vector<std::string> directories = {g_get_user_data_dir()};
+  std::vector<std::filesystem::path> directories = {g_get_user_data_dir()};
   for (const char *const *each = g_get_system_data_dirs(); *each != nullptr; ++each) {
     directories.emplace_back(*each);
   }
-  for (const std::string &directory : directories) {
-    if (DesktopEntry entry = entryAt(directory + "/applications/" + name)) {
+  for (const std::filesystem::path &directory : directories) {
+    if (DesktopEntry entry = entryAt(directory / "applications" / name)) {
       return g_desktop_app_info_get_is_hidden(entry.get()) != FALSE ? nullptr : std::move(entry);
     }
   }

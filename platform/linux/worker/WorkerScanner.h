@@ -34,8 +34,8 @@ struct ScanBounds {
   // for less than two.
   std::chrono::seconds silence{8};
 
-  // Other working copies wait meanwhile. Five million files on a slow network mount take half.
-  std::chrono::seconds duration{3600};
+  // Other working copies wait meanwhile. A million files on a slow network mount take half.
+  std::chrono::seconds duration{900};
 
   // What the reports take here, with the folders above them, in bytes. Five million unversioned
   // items take that much.

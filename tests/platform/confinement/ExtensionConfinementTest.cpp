@@ -155,16 +155,60 @@ TEST(ExtensionConfinement, ClosesTheOtherDoorsToTheSame) {
   EXPECT_EQ(whenConfined([] { return errorOf(SYS_personality, 0xFFFF'FFFF); }), exitedWith(0));
 }
 
+// With arguments that the kernel refuses for another reason, if it is asked at all.
+TEST(ExtensionConfinement, ClosesWhatNothingHereNeeds) {
+  for (const long call : {SYS_process_vm_writev,
+                          SYS_process_madvise,
+                          SYS_pidfd_getfd,
+                          SYS_kcmp,
+                          SYS_perf_event_open,
+                          SYS_userfaultfd,
+                          SYS_add_key,
+                          SYS_request_key,
+                          SYS_vmsplice,
+                          SYS_open_by_handle_at,
+                          SYS_setns,
+                          SYS_chroot,
+                          SYS_pivot_root,
+                          SYS_mount,
+                          SYS_umount2,
+                          SYS_mount_setattr,
+                          SYS_move_mount,
+                          SYS_open_tree,
+                          SYS_fsopen,
+                          SYS_fsconfig,
+                          SYS_fsmount,
+                          SYS_fspick,
+                          SYS_init_module,
+                          SYS_finit_module,
+                          SYS_delete_module,
+                          SYS_kexec_load,
+                          SYS_reboot,
+                          SYS_swapon,
+                          SYS_swapoff,
+                          SYS_settimeofday,
+                          SYS_clock_settime,
+                          SYS_sethostname,
+                          SYS_setdomainname,
+                          SYS_acct,
+                          SYS_quotactl,
+                          SYS_syslog}) {
+    EXPECT_EQ(whenConfined([call] { return errorOf(call, -1, -1, -1, -1, -1, -1); }),
+              exitedWith(EPERM))
+        << call;
+  }
+}
+
 TEST(ExtensionConfinement, LetsItTypeIntoNoTerminal) {
   // Without the filter it is no terminal that is written to.
   EXPECT_EQ(exitedWith(ENOTTY), endOfFork([] {
               int pipe[2] = {};
               return pipe2(pipe, 0) == 0 ? errorOf(SYS_ioctl, pipe[0], TIOCSTI, "x") : 98;
             }));
-  for (const unsigned long above : {0UL, 1UL << 32}) {
-    EXPECT_EQ(whenConfined([above] {
+  for (const unsigned long request : {0UL + TIOCSTI, TIOCSTI | 1UL << 32, 0UL + TIOCLINUX}) {
+    EXPECT_EQ(whenConfined([request] {
                 int pipe[2] = {};
-                return pipe2(pipe, 0) == 0 ? errorOf(SYS_ioctl, pipe[0], TIOCSTI | above, "x") : 98;
+                return pipe2(pipe, 0) == 0 ? errorOf(SYS_ioctl, pipe[0], request, "x") : 98;
               }),
               exitedWith(EPERM));
   }
