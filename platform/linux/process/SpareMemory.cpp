@@ -9,14 +9,18 @@ namespace {
 constexpr gint64 idleTime = 3000;  // milliseconds
 
 // What mallopt(3) names as the first values. Left to itself the allocator raises them to the
-// largest block and twice that, at most 64 MiB, and `malloc_trim` leaves as much at the end of the
-// memory of every thread but the main one.
+// largest block and twice that, at most 64 MiB.
 constexpr int mappedBlockSize = 128 << 10;
 constexpr int keptSize = 128 << 10;
 
+// `malloc_trim` gives back nothing at the end of the memory of any thread but the main one, so all
+// share that: there are few of them, and each keeps some small blocks at hand.
+constexpr int arenaCount = 1;
+
 }  // namespace
 
-SpareMemory::SpareMemory() {
+void SpareMemory::keepLittle() {
+  mallopt(M_ARENA_MAX, arenaCount);
   mallopt(M_MMAP_THRESHOLD, mappedBlockSize);
   mallopt(M_TRIM_THRESHOLD, keptSize);
 }

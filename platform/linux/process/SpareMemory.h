@@ -7,11 +7,14 @@
 
 class SpareMemory {
  public:
-  // For the whole process, from now on.
-  SpareMemory();
+  SpareMemory() = default;
   ~SpareMemory();
   SpareMemory(const SpareMemory &) = delete;
   SpareMemory &operator=(const SpareMemory &) = delete;
+
+  // Has the allocator keep no more than can be given back. For the whole process; to be called
+  // before there is a second thread.
+  static void keepLittle();
 
   // To be called whenever something has been done. Costs next to nothing.
   void noteWork();

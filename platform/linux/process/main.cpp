@@ -16,6 +16,7 @@
 #include "platform/linux/desktop/ApplicationLaunch.h"
 #include "platform/linux/process/FinderSyncService.h"
 #include "platform/linux/process/ProcessServices.h"
+#include "platform/linux/process/SpareMemory.h"
 #include "platform/linux/process/guard/SessionBus.h"
 #include "platform/linux/spawner/Spawner.h"
 
@@ -131,6 +132,7 @@ int main(int argumentCount, char **arguments) {
     }
     return printUsage(stderr);
   }
+  SpareMemory::keepLittle();
   using platform::Spawner;
   const platform::Result<Spawner> spawner =
       Spawner::start(Spawner::programsBesideThisOne(launchOption));
