@@ -37,7 +37,7 @@ TracedCalls::TracedCalls(std::vector<std::string> command, CommandOptions option
       directory_(std::move(directory)),
       runToEnd_(std::move(runToEnd)) {
   // The leak check wants the place that the tracer has taken.
-  options_.environment["ASAN_OPTIONS"] = "detect_leaks=0";
+  options_.environment["LSAN_OPTIONS"] = "detect_leaks=0";
 }
 
 std::vector<std::string> TracedCalls::tracer() const {

@@ -64,7 +64,7 @@ TEST_F(ScannerProcess, AScanOpensNoSocketAndStartsNoProgram) {
   writeFile(wc / "folder/file", "another size");
   const std::string trace = directory / "trace";
   CommandOptions traced = options();
-  traced.environment["ASAN_OPTIONS"] = "detect_leaks=0";  // which needs what strace has taken
+  traced.environment["LSAN_OPTIONS"] = "detect_leaks=0";  // which needs what strace has taken
   const CommandResult result = runCommand(
       {"strace", "-f", "-e", "trace=network,process", "-o", trace, SCAN_ONCE, wc.path()}, traced);
   ASSERT_EQ(result.status, 0) << result.errors;

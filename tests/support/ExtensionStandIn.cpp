@@ -10,7 +10,6 @@
 using platform::ErrorHandle;
 using platform::ErrorOut;
 using platform::FileURL;
-using platform::Handle;
 using platform::VariantHandle;
 
 namespace {
@@ -40,7 +39,8 @@ ExtensionStandIn::ExtensionStandIn(const PrivateBus &bus, const Paths &directori
                                    OnRequest onRequest)
     : onRequest_(onRequest),
       context_(g_main_context_new()),
-      loop_(g_main_loop_new(context_.get(), FALSE)) {
+      loop_(g_main_loop_new(context_.get(), FALSE)),
+      queue_(context_.get(), G_PRIORITY_DEFAULT, {}) {
   // Calls are handled in the context that is the thread's own when the object is exported.
   g_main_context_push_thread_default(context_.get());
   connection_ = bus.connect();
@@ -155,25 +155,10 @@ void ExtensionStandIn::connectHandlers() {
                                 halvern_finder_sync1_complete_end_observing_directory>);
 }
 
-// Runs in the thread, before any message that arrives from now on is handled.
-Handle<GSource, g_source_unref> ExtensionStandIn::attach(GSourceFunc function,
-                                                         gpointer data) const {
-  Handle<GSource, g_source_unref> source(g_idle_source_new());
-  g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
-  g_source_set_callback(source.get(), function, data, nullptr);
-  g_source_attach(source.get(), context_.get());
-  return source;
-}
-
-// Returns when the work is done there.
-void ExtensionStandIn::runInThread(const std::function<void()> &work) const {
+// Returns when the work is done there, before any message that arrives from now on is handled.
+void ExtensionStandIn::runInThread(const std::function<void()> &work) {
   std::packaged_task<void()> task(work);
-  const auto source = attach(
-      [](gpointer data) -> gboolean {
-        (*static_cast<std::packaged_task<void()> *>(data))();
-        return G_SOURCE_REMOVE;
-      },
-      &task);
+  queue_.async([&task] { task(); });
   task.get_future().get();
 }
 
@@ -182,14 +167,10 @@ void ExtensionStandIn::stop() {
     const std::lock_guard lock(mutex_);
     isStopped_ = true;
   }
-  attach(
-      [](gpointer data) -> gboolean {
-        auto &self = *static_cast<ExtensionStandIn *>(data);
-        std::unique_lock lock(self.mutex_);
-        self.isResumed_.wait(lock, [&self] { return !self.isStopped_; });
-        return G_SOURCE_REMOVE;
-      },
-      this);
+  queue_.async([this] {
+    std::unique_lock lock(mutex_);
+    isResumed_.wait(lock, [this] { return !isStopped_; });
+  });
 }
 
 void ExtensionStandIn::resume() {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "FinderSync1.h"
+#include "platform/linux/MainContextQueues.h"
 #include "tests/support/PrivateBus.h"
 
 class ExtensionStandIn {
@@ -60,13 +61,13 @@ class ExtensionStandIn {
   struct Handlers;
 
   void connectHandlers();
-  void runInThread(const std::function<void()> &work) const;
-  platform::Handle<GSource, g_source_unref> attach(GSourceFunc function, gpointer data) const;
+  void runInThread(const std::function<void()> &work);
   void emit(const char *client, const char *signal, const Paths &urls);
 
   const OnRequest onRequest_;
   const platform::Handle<GMainContext, g_main_context_unref> context_;
   const platform::Handle<GMainLoop, g_main_loop_unref> loop_;
+  platform::MainContextQueue queue_;  // of the thread
   platform::ObjectHandle<GDBusConnection> connection_;
   platform::ObjectHandle<HalvernFinderSync1> skeleton_;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -42,21 +43,25 @@ std::vector<std::string> CollectedLogs::lines() const {
 ReportedEvents::ReportedEvents(const std::vector<std::string> &rootPaths,
                                const platform::OwnFiles &ownFiles, platform::EventStreamFlags flags,
                                std::chrono::steady_clock::duration latency)
-    : streams_(logs_, ownFiles) {
+    : streams_(logs_, ownFiles), queue_(queues_.makeSerialQueue("test")) {
   stream_ = streams_.makeEventStream(
       rootPaths, [this](const std::vector<std::string> &paths) { take(paths); },
       platform::eventIdSinceNow, latency, flags);
-  stream_->setDispatchQueue(queues_.makeSerialQueue("test"));
+  stream_->setDispatchQueue(queue_);
   if (!stream_->start()) {
     throw std::runtime_error("the stream does not start");
   }
 }
 
-// The queue runs to its end before anything goes that a callback uses.
+// A callback that has begun ends before anything goes that it uses. The queue may last longer: the
+// stream's thread keeps it until it has ended by itself.
 ReportedEvents::~ReportedEvents() {
   stream_->stop();
   stream_->invalidate();
   stream_.reset();
+  std::promise<void> lastCallbackHasEnded;
+  queue_->async([&lastCallbackHasEnded] { lastCallbackHasEnded.set_value(); });
+  lastCallbackHasEnded.get_future().wait();
 }
 
 void ReportedEvents::take(const std::vector<std::string> &paths) {

@@ -73,6 +73,7 @@ class ReportedEvents {
   CollectedLogs logs_;
   platform::LinuxEventStreams streams_;
   std::unique_ptr<platform::EventStream> stream_;
+  const std::shared_ptr<platform::Queue> queue_;
 
   mutable std::mutex lock_;
   std::condition_variable changed_;
