@@ -63,7 +63,7 @@ int restrictSchema(sqlite3 *connection, const char ** /*message*/,
 
 }  // namespace
 
-void guardDatabases() {
+void guardDatabaseFiles() {
   own = sqlite3_vfs_find(nullptr);
   static sqlite3_vfs guard = *own;
   guard.zName = "guarded";
@@ -71,6 +71,10 @@ void guardDatabases() {
   guard.xDelete = remove;
   guard.xFullPathname = fullPathname;
   sqlite3_vfs_register(&guard, /*makeDflt=*/1);
+}
+
+void guardDatabases() {
+  guardDatabaseFiles();
   // It takes functions of any kind.
   sqlite3_auto_extension(reinterpret_cast<void (*)()>(restrictSchema));
 }

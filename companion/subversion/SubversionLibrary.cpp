@@ -10,6 +10,7 @@
 #include <svn_utf.h>
 
 #include "platform/Text.h"
+#include "scanner/DatabaseGuard.h"
 
 namespace companion {
 
@@ -21,6 +22,7 @@ void initializeSubversion() {
   // Paths are UTF-8 whatever the locale says. The pool serves the library until the process ends.
   svn_utf_initialize2(TRUE, svn_pool_create(nullptr));
   svn_error_clear(svn_dso_initialize2());
+  guardDatabaseFiles();
   // A damaged working copy is an error to report, not a reason to abort.
   svn_error_set_malfunction_handler(svn_error_raise_on_malfunction);
 }

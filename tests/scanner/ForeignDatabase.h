@@ -6,6 +6,11 @@
 
 struct sqlite3;
 
+// Leaves behind what SQLite does when a change of several databases is cut off before it has
+// changed this one: a journal that names the file which is removed when the last of them is as it
+// was.
+void leaveJournalThatNames(const std::string &file, const std::string &root);
+
 class ForeignDatabase {
  public:
   // `root` is the working copy's top directory. Throws if it cannot be opened.

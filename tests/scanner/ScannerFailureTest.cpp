@@ -30,31 +30,6 @@ class ScannerFailure : public testing::Test {
     EXPECT_EQ(result.nodes.size(), 1U);
   }
 
-  // What SQLite leaves behind when a change of several databases is cut off, before it has changed
-  // this one: a header, and at the end the file that is removed when the last of them is as it was.
-  std::string journalNaming(const std::string &file) const {
-    const auto number = [](std::uint32_t value) {
-      std::string bytes;
-      for (int shift = 24; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(value >> shift);
-      }
-      return bytes;
-    };
-    constexpr std::uint32_t pageSize = 4096;
-    constexpr std::uint32_t sectorSize = 512;
-    const std::string magic = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
-    const auto pages = static_cast<std::uint32_t>(fs::file_size(databasePath()) / pageSize);
-    std::string journal =
-        magic + number(0) + number(0) + number(pages) + number(sectorSize) + number(pageSize);
-    journal.resize(sectorSize);
-    std::uint32_t sum = 0;
-    for (const char each : file) {
-      sum += static_cast<std::uint32_t>(each);
-    }
-    return journal + number(0x4000'0000 / pageSize + 1) + file +
-           number(static_cast<std::uint32_t>(file.size())) + number(sum) + magic;
-  }
-
   static void addExternal(const std::string &root, const std::string &path) {
     ForeignDatabase(root).execute(
         "INSERT INTO EXTERNALS (wc_id, local_relpath, parent_relpath, repos_id, presence, kind, "
@@ -162,7 +137,7 @@ TEST_F(ScannerFailure, AViewInPlaceOfATableIsAnErrorHoweverLongItWouldTake) {
 TEST_F(ScannerFailure, AJournalThatNamesAnotherFileCostsThatFileNothing) {
   for (const std::string &named : {directory / "letter", wc / ".svn/letter"}) {
     writeFile(named, "dear");
-    writeFile(databasePath() + "-journal", journalNaming(named));
+    leaveJournalThatNames(named, wc.path());
     scan(wc.path());
     EXPECT_FALSE(fs::exists(databasePath() + "-journal")) << "it was looked at";
     ASSERT_TRUE(fs::exists(named)) << named;

@@ -8,6 +8,7 @@
 #include "companion/list/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/MainContextQueues.h"
+#include "tests/scanner/ForeignDatabase.h"
 #include "tests/support/ExtensionSession.h"
 
 using platform::Array;
@@ -50,6 +51,18 @@ TEST_F(CompanionList, TellsWhatWasAddedAndListsIt) {
   expectDone(session_.halvern({"remove", "./wc/"}), "removed " + wc.path() + "\n");
   expectDone(session_.halvern({"list"}), "");
   EXPECT_EQ(generation(), 2);
+}
+
+TEST_F(CompanionList, AddsWithoutRemovingTheFileThatAJournalNames) {
+  const WorkingCopy wc(session_.directory());
+  const std::string letter = session_ / "letter";
+  writeFile(letter, "dear");
+  leaveJournalThatNames(letter, wc.path());
+  EXPECT_EQ(session_.halvern({"add", wc.path()}).status, 1);
+  EXPECT_FALSE(fs::exists(wc / ".svn/wc.db-journal")) << "it was looked at";
+  ASSERT_TRUE(fs::exists(letter));
+  EXPECT_EQ(readFileForTest(letter), "dear");
+  EXPECT_EQ(session_.halvern({"add", wc.path()}).status, 0);
 }
 
 TEST_F(CompanionList, PublishesEntriesThatTheExtensionUnderstands) {
