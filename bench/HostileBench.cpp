@@ -86,6 +86,16 @@ const Attack attacks[] = {
      [](RawBusClient &client, const std::string &url) {
        askForBadges(client, url, 20, greatestCount);
      }},
+    {"1,000 times the end of a folder, and a badge in it",
+     [](RawBusClient &client, const std::string &url) {
+       constexpr std::size_t count = 1'000;
+       for (std::size_t i = 0; i < count; ++i) {
+         client.send(
+             RawBusClient::call("EndObservingDirectory", g_variant_new("(s)", url.c_str())).get());
+         client.send(RawBusClient::requestForBadges(1, url).get());
+       }
+       client.waitForReplies(2 * count);
+     }},
     {"10 messages of 100 MB",
      [](RawBusClient &client, const std::string &) {
        client.send(

@@ -109,6 +109,31 @@ TEST_F(SharedDiskRunsOut, CommandsFailClearlyOnAReadOnlyOneAndSucceedWhenItCanBe
   EXPECT_EQ(session.halvern({"list"}).output, first.path() + "\n" + second.path() + "\n");
 }
 
+TEST_F(SharedDiskRunsOut, RecoverFailsClearlyOnAFullOneAndAnswersWhenThereIsRoom) {
+  ASSERT_EQ(session.halvern({"add", first.path(), second.path()}).status, 0);
+  BusClient client(session.bus());
+  expectShown(client, {first.path(), second.path()});
+  fs::create_directory(session / "folder");
+  fs::rename(second.path(), session / "folder/second");
+  client.announceManifest();
+  expectShown(client, {first.path()});
+  ASSERT_TRUE(turnMainLoopUntil([this] { return fs::exists(request); }));
+  fs::rename(session / "folder/second", second.path());
+
+  const std::string before = readFileForTest(manifest);
+  fillSmallDisk();
+  const CommandResult failed = session.halvern({"recover"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.errors, EndsWith(": No space left on device\n"));
+  EXPECT_EQ(readFileForTest(manifest), before);
+
+  makeRoom();
+  EXPECT_EQ(session.halvern({"recover"}).status, 0);
+  expectShown(client, {first.path(), second.path()});
+  EXPECT_FALSE(fs::exists(request));
+  EXPECT_FALSE(fs::exists(session.sharedPath("RecoveryRequest.taken.plist")));
+}
+
 TEST_F(SharedDiskRunsOut, ARequestThatCouldNotBeWrittenIsMadeAgainForTheNextGeneration) {
   ASSERT_EQ(session.halvern({"add", first.path(), second.path()}).status, 0);
   BusClient client(session.bus());
