@@ -114,16 +114,15 @@ void WatchedTrees::handleInDirectory(const Inotify::Event &event, WatchedDirecto
   }
   if ((event.mask & IN_MOVED_FROM) != 0) {
     leave(directory, event);
-  } else if ((event.mask & IN_MOVED_TO) != 0) {
-    arrive(directory, event);
   } else if ((event.mask & IN_DELETE) != 0) {
     if (WatchedDirectory *removed = DirectoryTrees::child(directory, event.name)) {
       release(trees_.drop(*removed));
     }
-  } else if ((event.mask & (IN_CREATE | IN_ATTRIB)) != 0) {
-    adopt(directory, std::string(event.name), path, true);
-    // One whose attributes changed may let others in now.
-    if (WatchedDirectory *known = DirectoryTrees::child(directory, event.name)) {
+  } else if ((event.mask & Inotify::arrival) != 0) {
+    arrive(directory, event);
+    // One that is back from where it could not be found has its path again, and one whose
+    // attributes changed may let others in now.
+    if (const WatchedDirectory *known = DirectoryTrees::child(directory, event.name)) {
       listIncomplete(*known);
     }
   }
@@ -207,10 +206,8 @@ void WatchedTrees::arrive(WatchedDirectory &parent, const Inotify::Event &event)
       if (WatchedDirectory *replaced = DirectoryTrees::child(parent, name)) {
         release(trees_.drop(*replaced));
       }
-      WatchedDirectory &arrived = *leaving->second.directory;
       trees_.attach(parent, name, std::move(leaving->second.directory));
       leaving_.erase(leaving);
-      listIncomplete(arrived);
       return;
     }
     release({watch});

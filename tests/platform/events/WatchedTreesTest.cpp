@@ -1,0 +1,80 @@
+// Paths that lead elsewhere by the time an event is read.
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/platform/events/SteppedTrees.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace fs = std::filesystem;
+using ::testing::ContainerEq;
+using ::testing::IsEmpty;
+
+namespace {
+
+class WatchedTrees : public ::testing::Test {
+ protected:
+  WatchedTrees() {
+    fs::create_directories(root);
+    fs::create_directories(outside);
+  }
+
+  // Touches a file in each folder, and expects those in the tree to be reported and no others.
+  void expectEveryFolderIsWatched(SteppedTrees &trees) const {
+    trees.settle();
+    trees.clear();
+    touchEachFolder(outside);
+    trees.settle();
+    EXPECT_THAT(trees.reported(), IsEmpty());
+    const std::set<std::string> expected = touchEachFolder(root);
+    trees.settle();
+    EXPECT_THAT(trees.reported(), ContainerEq(expected));
+    SteppedTrees fresh(root);
+    fresh.settle();
+    EXPECT_EQ(trees.watchCount(), fresh.watchCount()) << "not what the tree has folders";
+  }
+
+  // When the path is reported for the first time from now on.
+  static void once(SteppedTrees &trees, const std::string &path, std::function<void()> action) {
+    trees.onReport = [&trees, path, action = std::move(action)](const std::string &reported) {
+      if (reported == path) {
+        const std::function<void()> kept = action;
+        trees.onReport = nullptr;
+        kept();
+      }
+    };
+  }
+
+  const TemporaryDirectory directory;
+  const std::string root = directory / "root";
+  const std::string outside = directory / "outside";
+
+ private:
+  static std::set<std::string> touchEachFolder(const std::string &top) {
+    std::set<std::string> probes = {top + "/probe"};
+    for (const auto &entry : fs::recursive_directory_iterator(top)) {
+      if (entry.is_directory()) {
+        probes.insert(entry.path().string() + "/probe");
+      }
+    }
+    for (const std::string &probe : probes) {
+      writeFile(probe, "");
+    }
+    return probes;
+  }
+};
+
+TEST_F(WatchedTrees, AFolderThatWasAwayWhileSomethingCameIntoItIsListedWhenItIsBack) {
+  fs::create_directories(root + "/folder");
+  SteppedTrees trees(root);
+  trees.settle();
+  fs::create_directories(root + "/folder/inner");
+  once(trees, root + "/folder/inner/", [&] {
+    fs::rename(root + "/folder", root + "/away");
+    once(trees, root + "/folder/", [&] { fs::rename(root + "/away", root + "/folder"); });
+  });
+  expectEveryFolderIsWatched(trees);
+}
+
+}  // namespace
