@@ -9,6 +9,7 @@
 
 namespace fs = std::filesystem;
 using ::testing::ContainerEq;
+using ::testing::Contains;
 using ::testing::IsEmpty;
 
 namespace {
@@ -65,6 +66,29 @@ class WatchedTrees : public ::testing::Test {
   }
 };
 
+TEST_F(WatchedTrees, AFolderIsNotTakenForTheOneThatHasItsPathByNowAndLeavesTheTree) {
+  fs::create_directories(root + "/old");
+  fs::create_directories(outside + "/arriving");
+  SteppedTrees trees(root);
+  trees.settle();
+  fs::rename(outside + "/arriving", root + "/old/inner");
+  fs::rename(root + "/old", root + "/new");
+  fs::create_directories(root + "/old/inner");
+  once(trees, root + "/new/", [&] { fs::rename(root + "/old", outside + "/gone"); });
+  expectEveryFolderIsWatched(trees);
+}
+
+TEST_F(WatchedTrees, AFolderIsNotTakenForTheOneThatHasItsPathByNowAndIsRemoved) {
+  fs::create_directories(root + "/old");
+  SteppedTrees trees(root);
+  trees.settle();
+  fs::create_directories(root + "/old/inner");
+  fs::rename(root + "/old", root + "/new");
+  fs::create_directories(root + "/old/inner");
+  once(trees, root + "/new/", [&] { fs::remove_all(root + "/old"); });
+  expectEveryFolderIsWatched(trees);
+}
+
 TEST_F(WatchedTrees, AFolderThatWasAwayWhileSomethingCameIntoItIsListedWhenItIsBack) {
   fs::create_directories(root + "/folder");
   SteppedTrees trees(root);
@@ -75,6 +99,20 @@ TEST_F(WatchedTrees, AFolderThatWasAwayWhileSomethingCameIntoItIsListedWhenItIsB
     once(trees, root + "/folder/", [&] { fs::rename(root + "/away", root + "/folder"); });
   });
   expectEveryFolderIsWatched(trees);
+}
+
+TEST_F(WatchedTrees, AFolderIsNotTakenForAnotherThatHasItsPathByNowWhereThatMayNotBeWatched) {
+  writeFile(outside + "/arriving/file", "");
+  const std::uint64_t withoutIt = SteppedTrees(root).watchCount();
+  SteppedTrees trees(root, withoutIt + 1);
+  trees.settle();
+  fs::rename(outside + "/arriving", root + "/old");
+  trees.read();
+  fs::rename(root + "/old", root + "/new");
+  fs::create_directories(root + "/old");
+  trees.list();
+  trees.settle();
+  EXPECT_THAT(trees.reported(), Contains(root + "/new/file"));
 }
 
 }  // namespace
