@@ -273,10 +273,13 @@ void WatchedTrees::adopt(WatchedDirectory &parent, const std::string &name, cons
   unlisted_.push_back({parent.tree, watch, isNew});
 }
 
-// Whether the directory's path leads to it.
+// Whether the directory is in the folder where it was.
 bool WatchedTrees::isStillThere(const WatchedDirectory &directory) {
-  const int there =
-      takeWatch(trees_.path(directory), directory.parent == nullptr ? rootMask : childMask);
+  const Opened parent = open(*directory.parent);
+  if (parent.stream == nullptr) {
+    return false;
+  }
+  const int there = takeWatch(entryPath(parent.path, *directory.name), childMask);
   if (there != directory.watch) {
     release({there});
   }

@@ -101,6 +101,18 @@ TEST_F(WatchedTrees, AFolderThatWasAwayWhileSomethingCameIntoItIsListedWhenItIsB
   expectEveryFolderIsWatched(trees);
 }
 
+TEST_F(WatchedTrees, AFolderThatLeftIsNotTakenForThereBecauseItCameToWhatHasThePathByNow) {
+  fs::create_directories(root + "/old/inner");
+  SteppedTrees trees(root);
+  trees.settle();
+  fs::rename(root + "/old/inner", outside + "/inner");
+  fs::rename(root + "/old", root + "/new");
+  fs::create_directories(root + "/old");
+  fs::rename(outside + "/inner", root + "/old/inner");
+  once(trees, root + "/new/", [&] { fs::rename(root + "/old", outside + "/gone"); });
+  expectEveryFolderIsWatched(trees);
+}
+
 TEST_F(WatchedTrees, AFolderIsNotTakenForAnotherThatHasItsPathByNowWhereThatMayNotBeWatched) {
   writeFile(outside + "/arriving/file", "");
   const std::uint64_t withoutIt = SteppedTrees(root).watchCount();
