@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include "platform/linux/AtomicFile.h"
-#include "platform/linux/DirectoryStream.h"
 
 namespace platform {
 
@@ -114,16 +113,15 @@ void WatchedTrees::handleInDirectory(const Inotify::Event &event, WatchedDirecto
   }
   if ((event.mask & IN_MOVED_FROM) != 0) {
     leave(directory, event);
-  } else if ((event.mask & IN_MOVED_TO) != 0) {
-    arrive(directory, event);
   } else if ((event.mask & IN_DELETE) != 0) {
     if (WatchedDirectory *removed = DirectoryTrees::child(directory, event.name)) {
       release(trees_.drop(*removed));
     }
-  } else if ((event.mask & (IN_CREATE | IN_ATTRIB)) != 0) {
-    adopt(directory, std::string(event.name), path, true);
-    // One whose attributes changed may let others in now.
-    if (WatchedDirectory *known = DirectoryTrees::child(directory, event.name)) {
+  } else if ((event.mask & Inotify::arrival) != 0) {
+    arrive(directory, event);
+    // One that is back from where it could not be found has its path again, and one whose
+    // attributes changed may let others in now.
+    if (const WatchedDirectory *known = DirectoryTrees::child(directory, event.name)) {
       listIncomplete(*known);
     }
   }
@@ -198,19 +196,24 @@ void WatchedTrees::leave(WatchedDirectory &parent, const Inotify::Event &event) 
 
 void WatchedTrees::arrive(WatchedDirectory &parent, const Inotify::Event &event) {
   const std::string name(event.name);
-  const std::string path = entryPath(trees_.path(parent), name);
+  if (costsNoWatch(parent, name)) {
+    return;
+  }
+  const Opened opened = openNowOrLater(parent, true);
+  if (opened.stream == nullptr) {
+    return;
+  }
+  const std::string path = entryPath(opened.path, name);
   const auto leaving = leaving_.find({event.cookie, parent.tree});
-  if (leaving != leaving_.end() && !costsNoWatch(parent, name)) {
+  if (leaving != leaving_.end()) {
     // Is it the one that left? By now another directory may be in its place.
     const int watch = takeWatch(path, childMask);
     if (watch == leaving->second.directory->watch) {
       if (WatchedDirectory *replaced = DirectoryTrees::child(parent, name)) {
         release(trees_.drop(*replaced));
       }
-      WatchedDirectory &arrived = *leaving->second.directory;
       trees_.attach(parent, name, std::move(leaving->second.directory));
       leaving_.erase(leaving);
-      listIncomplete(arrived);
       return;
     }
     release({watch});
@@ -270,10 +273,13 @@ void WatchedTrees::adopt(WatchedDirectory &parent, const std::string &name, cons
   unlisted_.push_back({parent.tree, watch, isNew});
 }
 
-// Whether the directory's path leads to it.
+// Whether the directory is in the folder where it was.
 bool WatchedTrees::isStillThere(const WatchedDirectory &directory) {
-  const int there =
-      takeWatch(trees_.path(directory), directory.parent == nullptr ? rootMask : childMask);
+  const Opened parent = open(*directory.parent);
+  if (parent.stream == nullptr) {
+    return false;
+  }
+  const int there = takeWatch(entryPath(parent.path, *directory.name), childMask);
   if (there != directory.watch) {
     release({there});
   }
@@ -311,32 +317,56 @@ void WatchedTrees::work(std::chrono::steady_clock::duration duration) {
 }
 
 void WatchedTrees::takeUpPostponed() {
-  unlisted_.insert(unlisted_.end(), postponed_.begin(), postponed_.end());
-  postponed_.clear();
+  for (const auto &[directory, isNew] : std::exchange(postponed_, {})) {
+    unlisted_.push_back({directory.first, directory.second, isNew});
+  }
+}
+
+WatchedTrees::Opened WatchedTrees::open(const WatchedDirectory &directory) {
+  const std::string path = trees_.path(directory);
+  DirectoryStream stream = openDirectory(
+      AT_FDCWD, path.c_str(), directory.parent == nullptr ? LastLink::follow : LastLink::refuse);
+  if (stream == nullptr) {
+    return {};
+  }
+  // The path may lead somewhere else by now. What was opened and what is watched is the same
+  // directory if it has the same watch; one that would cost another watch is not.
+  const std::string openedPath = pathOfOpen(stream.get());
+  const int opened = takeWatch(openedPath, Inotify::everyChange);
+  if (opened == directory.watch) {
+    return {std::move(stream), openedPath};
+  }
+  if (opened >= 0 || errno == ENOSPC) {
+    release({opened});
+    errno = ENOENT;
+    return {};
+  }
+  // Without the process file system that cannot be known.
+  return {std::move(stream), path};
+}
+
+WatchedTrees::Opened WatchedTrees::openNowOrLater(WatchedDirectory &directory, bool isNew) {
+  Opened opened = open(directory);
+  if (opened.stream == nullptr && isShortage(errno)) {
+    errorOfPostponed_ = errno;
+    postponed_[{directory.tree, directory.watch}] |= isNew;
+  } else if (opened.stream == nullptr) {
+    directory.isIncomplete = true;
+  }
+  return opened;
 }
 
 void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
+  const Opened opened = openNowOrLater(directory, isNew);
+  if (opened.stream == nullptr) {
+    return;
+  }
+  directory.isIncomplete = false;
   const Root &root = roots_[directory.tree];
   const std::string path = trees_.path(directory);
-  const DirectoryStream stream = openDirectory(
-      AT_FDCWD, path.c_str(), directory.parent == nullptr ? LastLink::follow : LastLink::refuse);
-  if (stream == nullptr && isShortage(errno)) {
-    errorOfPostponed_ = errno;
-    postponed_.push_back({directory.tree, directory.watch, isNew});
-    return;
-  }
-  // The path may lead somewhere else by now. What was opened and what is watched is the same
-  // directory if it has the same watch. (Without the process file system that cannot be known.)
-  const std::string openedPath = stream == nullptr ? "" : pathOfOpen(stream.get());
-  const int opened = stream == nullptr ? -1 : takeWatch(openedPath, Inotify::everyChange);
-  directory.isIncomplete = stream == nullptr || (opened >= 0 && opened != directory.watch);
-  if (directory.isIncomplete) {
-    release({opened});
-    return;
-  }
-  while (const dirent *entry = nextEntry(stream.get())) {
+  while (const dirent *entry = nextEntry(opened.stream.get())) {
     const std::string name = entry->d_name;
-    const bool isFolder = isDirectory(stream.get(), *entry);
+    const bool isFolder = isDirectory(opened.stream.get(), *entry);
     if (!isFolder && !isNew) {
       continue;
     }
@@ -345,7 +375,7 @@ void WatchedTrees::list(WatchedDirectory &directory, bool isNew) {
       continue;
     }
     if (isFolder) {
-      adopt(directory, name, opened >= 0 ? entryPath(openedPath, name) : entryPathText, isNew);
+      adopt(directory, name, entryPath(opened.path, name), isNew);
     }
     if (isNew) {
       reportEntry(root, entryPathText, isFolder);

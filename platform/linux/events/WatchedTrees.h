@@ -24,6 +24,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/DirectoryStream.h"
 #include "platform/linux/events/DirectoryTrees.h"
 #include "platform/linux/events/Inotify.h"
 #include "platform/linux/events/OwnFiles.h"
@@ -101,6 +102,10 @@ class WatchedTrees {
     int watch;
     bool isNew;  // what is in it is to be reported
   };
+  struct Opened {
+    DirectoryStream stream;
+    std::string path;  // leads to it whatever becomes of its name, where the system has such paths
+  };
   struct Leaving {
     DirectoryTrees::Detached directory;
     std::uint64_t batch = 0;
@@ -115,8 +120,16 @@ class WatchedTrees {
   void leave(WatchedDirectory &parent, const Inotify::Event &event);
   void arrive(WatchedDirectory &parent, const Inotify::Event &event);
 
+  // Opens a directory, so that nothing is looked for in another one that has its path by now. If
+  // its path does not lead to it there is no stream, with the reason in errno.
+  Opened open(const WatchedDirectory &directory);
+
+  // The same; if there is no stream, the directory is listed where it arrives, or when there are
+  // descriptors again.
+  Opened openNowOrLater(WatchedDirectory &directory, bool isNew);
+
   // Watches the child of that name, if it is a directory, unless it is watched already. `path`
-  // leads to it.
+  // leads to it, through the open parent.
   void adopt(WatchedDirectory &parent, const std::string &name, const std::string &path,
              bool isNew);
   void list(WatchedDirectory &directory, bool isNew);
@@ -144,7 +157,7 @@ class WatchedTrees {
   DirectoryTrees trees_;
   std::uint64_t watchCount_ = 0;
   std::deque<Unlisted> unlisted_;
-  std::vector<Unlisted> postponed_;
+  std::map<std::pair<std::size_t, int>, bool> postponed_;  // by tree and watch: whether it is new
   int errorOfPostponed_ = 0;
   bool isAnnouncementDue_ = true;
 
