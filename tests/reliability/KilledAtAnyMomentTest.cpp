@@ -294,18 +294,25 @@ class KilledAtAnyMoment : public testing::Test {
     return bookmark ? *bookmark->at("path").as<std::string>() : "";
   }
 
-  // Whether the extension says of the edited files of all working copies in their place what they
+  // Until the extension says of the edited files of all working copies in their place what they
   // are.
-  bool badgesAreRight(const Places &places) const {
-    BusClient client(session_.bus());
+  void waitForBadges(const Places &places) const {
     BusClient::Badges expected;
     std::vector<std::string> urls;
     for (const std::string &directory : places.urls) {
       urls.push_back(directory + "file.txt");
       expected.emplace_back(urls.back(), "modified");
     }
-    return client.requestBadges(urls) == "" && client.waitForBadges(urls.size()) &&
-           client.set == expected;
+    BusClient::Badges shown;
+    std::string error;
+    EXPECT_TRUE(turnMainLoopUntil([&] {
+      BusClient client(session_.bus());
+      error = client.requestBadges(urls);
+      client.waitForBadges(urls.size());
+      shown = client.set;
+      return shown == expected;
+    })) << error
+        << testing::PrintToString(shown);
   }
 
   // Waits until the extension, which is started if need be, shows what is listed and has what it
@@ -321,7 +328,7 @@ class KilledAtAnyMoment : public testing::Test {
       }
     });
     EXPECT_TRUE(isRight) << "not all listed working copies are shown";
-    EXPECT_TRUE(turnMainLoopUntil([&] { return badgesAreRight(places); }));
+    waitForBadges(places);
     const SessionState state(session_);
     for (const std::string &identifier : places.here) {
       EXPECT_TRUE(state.bookmarked.contains(identifier)) << identifier;
