@@ -194,6 +194,7 @@ class KilledAtAnyMoment : public testing::Test {
   // Half of the time whoever is there for a short time only. The companion may have come to its end
   // meanwhile.
   void killSomebody(const StartedCommand *companion) {
+    const pid_t extension = session_.extensionProcess();
     const auto processes = victims();
     const bool isTransient = random_() % 2 == 0;
     if (companion != nullptr && isTransient) {
@@ -208,6 +209,10 @@ class KilledAtAnyMoment : public testing::Test {
       ++kills_["bus"];
     } else if (kill(processes[choice].second, SIGKILL) == 0) {
       ++kills_[processes[choice].first];
+      if (processes[choice].first == "spawner") {
+        // What it is asked until then may go unanswered.
+        EXPECT_TRUE(waitForProcessEnd(extension)) << "the extension does not end with its spawner";
+      }
     }
   }
 
