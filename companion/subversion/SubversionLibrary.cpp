@@ -9,8 +9,8 @@
 #include <svn_dso.h>
 #include <svn_utf.h>
 
+#include "platform/DatabaseFiles.h"
 #include "platform/Text.h"
-#include "scanner/DatabaseGuard.h"
 
 namespace companion {
 
@@ -22,7 +22,7 @@ void initializeSubversion() {
   // Paths are UTF-8 whatever the locale says. The pool serves the library until the process ends.
   svn_utf_initialize2(TRUE, svn_pool_create(nullptr));
   svn_error_clear(svn_dso_initialize2());
-  guardDatabaseFiles();
+  platform::guardDatabaseFiles();
   // A damaged working copy is an error to report, not a reason to abort.
   svn_error_set_malfunction_handler(svn_error_raise_on_malfunction);
 }
