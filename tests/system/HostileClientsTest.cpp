@@ -132,7 +132,8 @@ TEST_F(HostileClients, WorkingCopiesThatAreForgottenAgainAndAgainKeepNobodyWaiti
   }
   const std::size_t before = hostile.badgeCount();
   expectService();
-  EXPECT_LT(hostile.badgeCount() - before, 10U) << "it waited for scans that others have caused";
+  // Some, while the messages are on their way; otherwise it would be nearly all of them.
+  EXPECT_LT(hostile.badgeCount() - before, count / 10) << "it waited for others' scans";
   EXPECT_TRUE(hostile.waitForBadges(count));
   EXPECT_EQ(hostile.counts().at(answered), 2 * count);
 }
