@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <thread>
 #include <unistd.h>
 
 #include "platform/linux/FileDescriptor.h"
@@ -52,14 +53,28 @@ TEST(Heartbeat, BeatsWhileALargeFileIsRead) {
 // Whatever the kernel does for it, a walk that never comes to another directory ends: three seconds
 // here are as many as 1,500.
 TEST(Heartbeat, IsSilentAfterThreeHundredBeatsInOneDirectory) {
-  const TemporaryDirectory directory;
-  const auto look = [&] {
-    for (int i = 0; i < 100; ++i) {
-      access(directory.path().c_str(), F_OK);
+  int there[2];
+  int back[2];
+  ASSERT_EQ(pipe2(there, O_CLOEXEC), 0);
+  ASSERT_EQ(pipe2(back, O_CLOEXEC), 0);
+  const platform::FileDescriptor questions(there[0]);
+  platform::FileDescriptor asking(there[1]);
+  const platform::FileDescriptor answers(back[0]);
+  const platform::FileDescriptor answering(back[1]);
+  // In place of a slow file system: the walk waits for each answer.
+  std::thread fileSystem([&] {
+    char byte = 0;
+    while (read(questions, &byte, 1) == 1 && write(answering, &byte, 1) == 1) {
     }
-    usleep(100);
+  });
+  const auto look = [&] {
+    char byte = 0;
+    ASSERT_EQ(write(asking, &byte, 1), 1);
+    ASSERT_EQ(read(answers, &byte, 1), 1);
   };
   const int count = beatsDuring(3s, look, 2ms);
+  close(asking.release());
+  fileSystem.join();
   EXPECT_GT(count, 250);
   EXPECT_LE(count, 300);
 }
