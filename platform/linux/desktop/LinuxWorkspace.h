@@ -26,8 +26,8 @@ class LinuxWorkspace final : public Workspace {
   // An application URL that is no desktop entry stands for the one of the containing application.
   // What is launched belongs to the session and not to this process: neither the end of this
   // process nor a signal to its group or its unit ends it, and nothing that restricts this process
-  // restricts it. Waits until it is on its way, half a second at
-  // the most.
+  // restricts it. Waits until it is on its way, half a
+  // second at the most.
   void openURLs(const std::vector<std::string> &urls, const FileURL &applicationURL,
                 bool activates) override;
 
