@@ -189,6 +189,7 @@ ExitStatus recoverWorkingCopies(Output &output) {
     }
     if (answer.isPublished) {
       isPublished = true;
+      announceManifest();  // before the next request takes the place of this one
       for (const std::string &path : answer.recovered) {
         output.writeLine("recovered " + displayedPath(path));
       }
@@ -203,9 +204,7 @@ ExitStatus recoverWorkingCopies(Output &output) {
       break;
     }
   }
-  if (isPublished) {
-    announceManifest();
-  } else {
+  if (!isPublished) {
     announceManifestAgain();
   }
   // Last of all, so that no end of this program leaves a list that nobody was told of.

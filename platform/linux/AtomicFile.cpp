@@ -84,11 +84,7 @@ bool isShortage(int error) {
 
 Outcome replaceFile(const std::string &path, std::string_view contents) {
   Result<UnfinishedFile> file = UnfinishedFile::write(path + unfinishedSuffix, contents);
-  if (!file) {
-    return Outcome::failure(file.reason());
-  }
-  const int error = (*file).replace(path);
-  return error == 0 ? Outcome(Done()) : Outcome::failure(g_strerror(error));
+  return file ? (*file).replace(path) : Outcome::failure(file.reason());
 }
 
 }  // namespace platform

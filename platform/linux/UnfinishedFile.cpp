@@ -115,8 +115,16 @@ UnfinishedFile::~UnfinishedFile() {
   }
 }
 
-int UnfinishedFile::replace(const std::string &target) {
-  return std::rename(path_.c_str(), target.c_str()) == 0 ? finish(target) : errno;
+Outcome UnfinishedFile::replace(const std::string &target) {
+  if (std::rename(path_.c_str(), target.c_str()) != 0) {
+    return Outcome::failure(g_strerror(errno));
+  }
+  const int error = finish(target);
+  return error == 0 ? Outcome(Done())
+                    : Outcome::failure(
+                          "A power cut may bring the old contents back, since the "
+                          "folder cannot be flushed to disk: " +
+                          std::string(g_strerror(error)));
 }
 
 int UnfinishedFile::takeName(const std::string &target) {

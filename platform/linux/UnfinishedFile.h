@@ -27,11 +27,12 @@ class UnfinishedFile {
   ~UnfinishedFile();
 
   // Gives it the name, instead of what has it now; a symbolic link is replaced and not followed.
-  // Then flushes the folder to disk. Once. The system's error number; if it is the flushing that
-  // fails, the file has its name, but a power cut may still bring the old one back.
-  int replace(const std::string &target);
+  // Then flushes the folder to disk. Once. If it is the flushing that fails, the reason says so:
+  // the file has its name, but a power cut may still bring the old one back.
+  Outcome replace(const std::string &target);
 
-  // The same for a name that nothing may have yet, else EEXIST. Then the file is still unfinished.
+  // The same for a name that nothing may have yet, else EEXIST; then the file is still unfinished.
+  // The system's error number.
   int takeName(const std::string &target);
 
  private:

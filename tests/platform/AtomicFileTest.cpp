@@ -7,7 +7,11 @@
 #include <unistd.h>
 
 #include "platform/linux/AtomicFile.h"
+#include "platform/linux/confinement/SeccompFilter.h"
+#include "tests/support/ForkedWork.h"
 #include "tests/support/TemporaryDirectory.h"
+
+using platform::SeccompFilter;
 
 namespace {
 
@@ -192,4 +196,19 @@ TEST(AtomicFile, AFileBeyondAllReasonIsNotRead) {
   writeFile(directory / "file", "");
   std::filesystem::resize_file(directory / "file", std::uintmax_t{1} << 40);  // sparse
   EXPECT_FALSE(platform::readFile(directory / "file"));
+}
+
+TEST(AtomicFile, SaysWhereTheNewContentsAreThereButMayNotLast) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file";
+  writeFile(path, "old");
+  const std::string end = endOfFork([&path] {
+    SeccompFilter filter = SeccompFilter::allowingAllElse();
+    filter.refuse(SCMP_SYS(openat), EIO, {SeccompFilter::Condition::has(2, O_DIRECTORY)});
+    const bool isLoaded = static_cast<bool>(filter.load());
+    const platform::Outcome outcome = platform::replaceFile(path, "new");
+    return isLoaded && !outcome && outcome.reason().starts_with("A power cut may") ? 0 : 1;
+  });
+  EXPECT_EQ(end, "exited 0");
+  EXPECT_EQ(readFileForTest(path), "new");
 }

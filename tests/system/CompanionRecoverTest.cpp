@@ -173,6 +173,22 @@ TEST_F(CompanionRecover, TellsRunningExtensionsAlsoWhereALaterRequestCannotBeRea
   EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted; }));
 }
 
+TEST_F(CompanionRecover, TellsRunningExtensionsOfEachAnswerBeforeTheNextRequestTakesItsPlace) {
+  const auto connection = session_.bus().connect();
+  int posted = 0;
+  g_dbus_connection_signal_subscribe(
+      connection.get(), nullptr, "com.morvane.finderSync", "manifestUpdated", nullptr, nullptr,
+      G_DBUS_SIGNAL_FLAGS_NONE,
+      [](GDBusConnection *, const char *, const char *, const char *, const char *, GVariant *,
+         gpointer count) { ++*static_cast<int *>(count); },
+      &posted, nullptr);
+  ASSERT_TRUE(g_dbus_connection_flush_sync(connection.get(), nullptr, nullptr));
+  request({{"ONE", 4}}, "RecoveryRequest.taken.plist");
+  request({{"TWO", 5}});
+  EXPECT_EQ(session_.halvern({"recover"}).status, 0);
+  EXPECT_TRUE(turnMainLoopUntil([&posted] { return posted == 2; }));
+}
+
 TEST_F(CompanionRecover, TellsRunningExtensionsAlsoOfWhatAnEarlierRunHasPublished) {
   const auto connection = session_.bus().connect();
   platform::MainContextQueues queues;
