@@ -6,18 +6,23 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/PrivateBus.h"
+#include "tests/support/ProcessTree.h"
 
 namespace {
 
+// As far as it can be read: a process may end meanwhile.
 std::string contentsOf(const std::filesystem::path &path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  const std::ifstream stream(path, std::ios::binary);
+  std::ostringstream contents;
+  contents << stream.rdbuf();
+  return contents.str();
 }
 
 // "A: b" lines to b; empty if there is none.
@@ -41,12 +46,11 @@ std::vector<std::string> partsEndedByNull(const std::string &text) {
 }
 
 std::vector<pid_t> childrenOfThisProcess() {
-  const std::string self = std::to_string(getpid());
   std::vector<pid_t> children;
   for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
     const std::string name = entry.path().filename();
     if (std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isdigit(c); }) &&
-        valueOfLine(contentsOf(entry.path() / "status"), "PPid") == self) {
+        parentOfProcess(std::stoi(name)) == getpid()) {
       children.push_back(std::stoi(name));
     }
   }
