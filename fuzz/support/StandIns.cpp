@@ -1,7 +1,7 @@
 #include "fuzz/support/StandIns.h"
 
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::BookmarkCreationOptions;
 using platform::BookmarkResolutionOptions;

@@ -7,7 +7,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/worker/program/Heartbeat.h"
 #include "scanner/WalkProgress.h"
 #include "tests/support/TemporaryDirectory.h"

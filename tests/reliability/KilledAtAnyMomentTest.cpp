@@ -11,7 +11,7 @@
 #include <memory>
 #include <random>
 
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/NumberFromEnvironment.h"

@@ -10,9 +10,9 @@
 #include <set>
 
 #include "platform/linux/DBusNotificationCenter.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/reliability/TracedCalls.h"
 #include "tests/support/BusClient.h"

@@ -9,7 +9,7 @@
 #include <sys/resource.h>
 
 #include "platform/FileURL.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"

@@ -10,7 +10,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/support/PublicNames.h"
 
 using platform::Dictionary;

@@ -11,7 +11,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace fs = std::filesystem;
 

@@ -4,8 +4,8 @@
 
 #include "companion/list/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
-#include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/values/LinuxBookmarks.h"
 #include "tests/support/ExtensionSession.h"
 
 using platform::Array;

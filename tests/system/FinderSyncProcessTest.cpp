@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxBookmarks.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
 

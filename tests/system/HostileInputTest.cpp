@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/support/BusClient.h"
 #include "tests/support/ExtensionSession.h"
 

@@ -5,7 +5,7 @@
 
 #include "companion/list/Manifest.h"
 #include "companion/list/ManifestLock.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using namespace companion;

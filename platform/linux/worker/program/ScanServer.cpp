@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/worker/ScanMessages.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/program/ScanProcess.h"

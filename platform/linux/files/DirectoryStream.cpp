@@ -1,4 +1,4 @@
-#include "platform/linux/DirectoryStream.h"
+#include "platform/linux/files/DirectoryStream.h"
 
 #include <fcntl.h>
 #include <string_view>

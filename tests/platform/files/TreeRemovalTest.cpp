@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/linux/TreeRemoval.h"
+#include "platform/linux/files/TreeRemoval.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;

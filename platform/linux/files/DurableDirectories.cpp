@@ -1,11 +1,11 @@
-#include "platform/linux/DurableDirectories.h"
+#include "platform/linux/files/DurableDirectories.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/SpareDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
+#include "platform/linux/files/SpareDescriptor.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/files/LinuxFileManager.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,10 +7,10 @@
 
 #include <glib.h>
 
-#include "platform/linux/DirectoryStream.h"
-#include "platform/linux/DurableDirectories.h"
-#include "platform/linux/TreeRemoval.h"
-#include "platform/linux/UserDirectories.h"
+#include "platform/linux/files/DirectoryStream.h"
+#include "platform/linux/files/DurableDirectories.h"
+#include "platform/linux/files/TreeRemoval.h"
+#include "platform/linux/files/UserDirectories.h"
 
 namespace platform {
 

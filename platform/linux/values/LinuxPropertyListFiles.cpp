@@ -1,7 +1,7 @@
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 namespace platform {
 

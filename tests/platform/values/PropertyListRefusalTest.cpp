@@ -4,8 +4,8 @@
 
 #include <glib.h>
 
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/PropertyListCoding.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using platform::Array;

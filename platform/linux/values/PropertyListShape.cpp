@@ -1,4 +1,4 @@
-#include "platform/linux/PropertyListShape.h"
+#include "platform/linux/values/PropertyListShape.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,8 +1,8 @@
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 #include <sys/stat.h>
 
-#include "platform/linux/UserDirectories.h"
+#include "platform/linux/files/UserDirectories.h"
 
 namespace platform {
 

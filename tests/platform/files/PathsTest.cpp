@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 #include "tests/support/EnvironmentVariable.h"
 
 using platform::LinuxPaths;

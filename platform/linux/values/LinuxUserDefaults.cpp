@@ -1,14 +1,14 @@
-#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/PropertyListCoding.h"
-#include "platform/linux/UserDirectories.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/files/UserDirectories.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 namespace platform {
 

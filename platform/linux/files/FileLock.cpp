@@ -1,4 +1,4 @@
-#include "platform/linux/FileLock.h"
+#include "platform/linux/files/FileLock.h"
 
 #include <cerrno>
 #include <sys/file.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/UnfinishedFile.h"
+#include "platform/linux/files/UnfinishedFile.h"
 
 #include <cerrno>
 #include <chrono>
@@ -8,9 +8,9 @@
 
 #include <glib.h>
 
-#include "platform/linux/DurableDirectories.h"
-#include "platform/linux/FileLock.h"
-#include "platform/linux/SpareDescriptor.h"
+#include "platform/linux/files/DurableDirectories.h"
+#include "platform/linux/files/FileLock.h"
+#include "platform/linux/files/SpareDescriptor.h"
 
 namespace platform {
 

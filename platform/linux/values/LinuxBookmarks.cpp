@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxBookmarks.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -7,9 +7,9 @@
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/LinuxPaths.h"
 #include "platform/linux/Patience.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 namespace platform {
 

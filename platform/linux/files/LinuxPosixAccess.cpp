@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxPosixAccess.h"
+#include "platform/linux/files/LinuxPosixAccess.h"
 
 #include <cerrno>
 #include <unistd.h>

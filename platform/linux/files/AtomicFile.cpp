@@ -1,4 +1,4 @@
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/files/AtomicFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -7,9 +7,9 @@
 
 #include <glib.h>
 
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/SpareDescriptor.h"
-#include "platform/linux/UnfinishedFile.h"
+#include "platform/linux/files/FileDescriptor.h"
+#include "platform/linux/files/SpareDescriptor.h"
+#include "platform/linux/files/UnfinishedFile.h"
 
 namespace platform {
 

@@ -3,9 +3,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/LinuxUserDefaults.h"
-#include "platform/linux/SpareDescriptor.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/SpareDescriptor.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/NoDescriptors.h"
 #include "tests/support/TemporaryDirectory.h"

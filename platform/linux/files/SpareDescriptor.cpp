@@ -1,4 +1,4 @@
-#include "platform/linux/SpareDescriptor.h"
+#include "platform/linux/files/SpareDescriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -6,7 +6,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/files/AtomicFile.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/PropertyListCoding.h"
 #include "tests/support/Command.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxPosixAccess.h"
+#include "platform/linux/files/LinuxPosixAccess.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using platform::LinuxPosixAccess;

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 #include <limits>
 
@@ -6,7 +6,7 @@
 
 #include "platform/Text.h"
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/PropertyListShape.h"
+#include "platform/linux/values/PropertyListShape.h"
 
 namespace platform {
 

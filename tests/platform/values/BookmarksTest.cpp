@@ -4,8 +4,8 @@
 
 #include <glib.h>
 
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 #include "tests/support/TemporaryDirectory.h"
 
 using platform::Array;

@@ -1,4 +1,4 @@
-#include "platform/linux/TreeRemoval.h"
+#include "platform/linux/files/TreeRemoval.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 #include <glib.h>
 
 #include "platform/Paths.h"
-#include "platform/linux/DirectoryStream.h"
+#include "platform/linux/files/DirectoryStream.h"
 
 namespace platform {
 

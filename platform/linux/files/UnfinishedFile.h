@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/UserDirectories.h"
+#include "platform/linux/files/UserDirectories.h"
 
 #include <glib.h>
 
