@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/worker/DatabaseState.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;
 

@@ -11,8 +11,8 @@
 #include <thread>
 
 #include "platform/linux/worker/program/Confinement.h"
-#include "tests/support/ForkedWork.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/ForkedWork.h"
 
 namespace fs = std::filesystem;
 

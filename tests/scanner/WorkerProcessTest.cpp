@@ -12,10 +12,10 @@
 #include "platform/linux/worker/WorkerDescriptor.h"
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/WorkerScan.h"
-#include "tests/support/Command.h"
-#include "tests/support/ProcessFigures.h"
 #include "tests/support/StartedWorker.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/processes/Command.h"
+#include "tests/support/processes/ProcessFigures.h"
 
 namespace fs = std::filesystem;
 

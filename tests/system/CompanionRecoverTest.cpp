@@ -6,7 +6,7 @@
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/MainContextQueues.h"
 #include "platform/linux/values/LinuxBookmarks.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Data;

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/values/LinuxBookmarks.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Dictionary;

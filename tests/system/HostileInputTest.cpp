@@ -5,8 +5,8 @@
 
 #include "platform/linux/values/LinuxBookmarks.h"
 #include "platform/linux/values/LinuxPropertyListFiles.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Data;

@@ -6,7 +6,7 @@
 #include "companion/list/Manifest.h"
 #include "companion/list/ManifestLock.h"
 #include "platform/linux/values/LinuxPropertyListFiles.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using namespace companion;
 using platform::Array;

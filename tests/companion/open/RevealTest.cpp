@@ -8,7 +8,7 @@
 
 #include "platform/linux/files/FileDescriptor.h"
 #include "tests/companion/open/OpenSession.h"
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ServiceStandIn.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -8,7 +8,7 @@
 #include "platform/linux/confinement/SessionBusAddress.h"
 #include "platform/linux/files/FileDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Result;
 using platform::sessionBusAddress;

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/desktop/LinuxBundle.h"
-#include "tests/support/Command.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/processes/Command.h"
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "platform/linux/files/AtomicFile.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace {
 

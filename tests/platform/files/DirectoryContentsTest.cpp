@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "platform/linux/files/LinuxFileManager.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;
 using platform::DirectoryEntry;

@@ -3,7 +3,7 @@
 
 #include "platform/linux/files/LinuxFileManager.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::FileURL;
 using platform::LinuxFileManager;

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/files/LinuxPosixAccess.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::LinuxPosixAccess;
 

@@ -7,8 +7,8 @@
 #include "platform/linux/files/SpareDescriptor.h"
 #include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/NoDescriptors.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/NoDescriptors.h"
 
 using platform::PropertyList;
 

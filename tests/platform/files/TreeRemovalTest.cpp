@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "platform/linux/files/TreeRemoval.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;
 

@@ -13,8 +13,8 @@
 #include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/SmallDisk.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/SmallDisk.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Dictionary;
 using platform::FileURL;

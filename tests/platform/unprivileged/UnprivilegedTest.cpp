@@ -14,7 +14,7 @@
 #include "platform/linux/values/LinuxUserDefaults.h"
 #include "platform/testing/RasterDrawing.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Data;
 using platform::Dictionary;

@@ -6,7 +6,7 @@
 
 #include "platform/linux/values/LinuxBookmarks.h"
 #include "platform/linux/values/PropertyListCoding.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Array;
 using platform::BookmarkCreationOptions;

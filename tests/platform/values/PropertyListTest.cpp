@@ -5,8 +5,8 @@
 
 #include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "platform/linux/values/PropertyListCoding.h"
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/Command.h"
 
 using platform::Array;
 using platform::Data;

@@ -4,7 +4,7 @@
 #include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Array;
 using platform::Dictionary;

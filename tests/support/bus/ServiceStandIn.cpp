@@ -1,4 +1,4 @@
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ServiceStandIn.h"
 
 #include <chrono>
 #include <stdexcept>

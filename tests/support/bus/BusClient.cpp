@@ -1,9 +1,9 @@
-#include "tests/support/BusClient.h"
+#include "tests/support/bus/BusClient.h"
 
 #include <algorithm>
 #include <stdexcept>
 
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;

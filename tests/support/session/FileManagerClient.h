@@ -10,7 +10,7 @@
 #include "filemanagers/client/ExtensionClient.h"
 #include "filemanagers/glib/BusLink.h"
 #include "filemanagers/glib/GLibMainLoop.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class FileManagerClient {
  public:

@@ -1,6 +1,6 @@
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
-#include "tests/support/Command.h"
+#include "tests/support/processes/Command.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class BusClient {
  public:

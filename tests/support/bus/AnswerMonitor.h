@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class AnswerMonitor {
  public:

@@ -1,4 +1,4 @@
-#include "tests/support/Command.h"
+#include "tests/support/processes/Command.h"
 
 #include <stdexcept>
 

@@ -1,4 +1,4 @@
-#include "tests/support/RawBusClient.h"
+#include "tests/support/bus/RawBusClient.h"
 
 #include <chrono>
 #include <cstring>
@@ -7,7 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <thread>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class RawBusClient {
  public:

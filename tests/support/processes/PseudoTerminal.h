@@ -5,7 +5,7 @@
 #include <sys/types.h>
 #include <vector>
 
-#include "tests/support/Command.h"
+#include "tests/support/processes/Command.h"
 
 class PseudoTerminal {
  public:

@@ -1,4 +1,4 @@
-#include "tests/support/LaunchedPrograms.h"
+#include "tests/support/processes/LaunchedPrograms.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 namespace {
 

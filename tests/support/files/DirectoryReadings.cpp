@@ -1,4 +1,4 @@
-#include "tests/support/DirectoryReadings.h"
+#include "tests/support/files/DirectoryReadings.h"
 
 #include <stdexcept>
 

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class ServiceStandIn {
  public:

@@ -1,4 +1,4 @@
-#include "tests/support/ProcessFigures.h"
+#include "tests/support/processes/ProcessFigures.h"
 
 #include <filesystem>
 #include <fstream>

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 class WorkingCopy {
  public:

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 class CommandApplication {
  public:

@@ -1,4 +1,4 @@
-#include "tests/support/RunningProgram.h"
+#include "tests/support/processes/RunningProgram.h"
 
 #include <algorithm>
 #include <fcntl.h>

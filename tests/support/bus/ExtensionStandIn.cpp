@@ -1,11 +1,11 @@
-#include "tests/support/ExtensionStandIn.h"
+#include "tests/support/bus/ExtensionStandIn.h"
 
 #include <chrono>
 #include <future>
 #include <stdexcept>
 
 #include "platform/FileURL.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;

@@ -1,4 +1,4 @@
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 #include <stdexcept>
 

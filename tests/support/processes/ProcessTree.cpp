@@ -1,4 +1,4 @@
-#include "tests/support/ProcessTree.h"
+#include "tests/support/processes/ProcessTree.h"
 
 #include <filesystem>
 #include <fstream>

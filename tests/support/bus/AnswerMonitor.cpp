@@ -1,4 +1,4 @@
-#include "tests/support/AnswerMonitor.h"
+#include "tests/support/bus/AnswerMonitor.h"
 
 #include <chrono>
 

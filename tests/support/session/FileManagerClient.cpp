@@ -1,8 +1,8 @@
-#include "tests/support/FileManagerClient.h"
+#include "tests/support/session/FileManagerClient.h"
 
 #include <string_view>
 
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::VariantHandle;
 

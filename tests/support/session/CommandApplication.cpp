@@ -1,10 +1,10 @@
-#include "tests/support/CommandApplication.h"
+#include "tests/support/session/CommandApplication.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
-#include "tests/support/LaunchedPrograms.h"
+#include "tests/support/processes/LaunchedPrograms.h"
 
 std::string CommandApplication::desktopEntry(const std::string &lines) {
   return "[Desktop Entry]\nType=Application\nName=Halvern\nExec=\"" +

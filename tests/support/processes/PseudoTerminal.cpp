@@ -1,4 +1,4 @@
-#include "tests/support/PseudoTerminal.h"
+#include "tests/support/processes/PseudoTerminal.h"
 
 #include <algorithm>
 #include <csignal>

@@ -1,4 +1,4 @@
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 #include <cstdlib>
 #include <fstream>

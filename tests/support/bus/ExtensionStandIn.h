@@ -13,7 +13,7 @@
 
 #include "FinderSync1.h"
 #include "platform/linux/MainContextQueues.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class ExtensionStandIn {
  public:

@@ -1,4 +1,4 @@
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -11,7 +11,7 @@ extern "C" {
 }
 
 #include "platform/linux/values/LinuxPropertyListFiles.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::Dictionary;
 using platform::FileURL;
