@@ -1,4 +1,4 @@
-#include "tests/support/StartedWorker.h"
+#include "tests/platform/worker/StartedWorker.h"
 
 #include <csignal>
 #include <cstring>

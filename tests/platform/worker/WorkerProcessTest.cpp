@@ -10,9 +10,9 @@
 #include <unistd.h>
 
 #include "platform/linux/worker/WorkerDescriptor.h"
+#include "tests/platform/worker/StartedWorker.h"
+#include "tests/platform/worker/WorkerScan.h"
 #include "tests/scanner/ForeignDatabase.h"
-#include "tests/scanner/WorkerScan.h"
-#include "tests/support/StartedWorker.h"
 #include "tests/support/files/Subversion.h"
 #include "tests/support/processes/Command.h"
 #include "tests/support/processes/ProcessFigures.h"

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "platform/linux/worker/WorkerExitStatus.h"
-#include "tests/scanner/WorkerScan.h"
+#include "tests/platform/worker/WorkerScan.h"
 
 namespace {
 
