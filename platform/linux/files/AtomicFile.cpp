@@ -7,7 +7,6 @@
 
 #include <glib.h>
 
-#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/files/SpareDescriptor.h"
 #include "platform/linux/files/UnfinishedFile.h"
 
@@ -28,8 +27,7 @@ constexpr int notRegular = -1;
 // Its contents, or an error number in `error`.
 std::string contentsOfFile(const std::string &path, int &error) {
   // Not blocking, so that a FIFO in the file's place is an error and not a wait.
-  const FileDescriptor file(
-      openWithSpareDescriptor(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const FileWithSpareDescriptor file(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   struct stat status {};
   if (file < 0 || fstat(file, &status) != 0) {
     error = errno;
@@ -68,7 +66,6 @@ std::string contentsOfFile(const std::string &path, int &error) {
 Result<std::string> readFile(const std::string &path, int *error) {
   int own = 0;
   std::string contents = contentsOfFile(path, own);
-  returnSpareDescriptor();
   if (error != nullptr) {
     *error = own;
   }

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/files/SpareDescriptor.h"
 
 namespace platform {
@@ -18,15 +17,8 @@ std::string folderOf(const std::string &path) {
 }
 
 int flushDirectory(const std::string &path) {
-  int error = 0;
-  {
-    const FileDescriptor directory(
-        openWithSpareDescriptor(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory < 0 || fsync(directory) != 0) {
-      error = errno;
-    }
-  }
-  returnSpareDescriptor();
+  const FileWithSpareDescriptor directory(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int error = directory < 0 || fsync(directory) != 0 ? errno : 0;
   return error == EACCES || error == EINVAL || error == ENOTSUP ? 0 : error;
 }
 

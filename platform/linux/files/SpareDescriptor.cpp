@@ -21,15 +21,8 @@ void fill() KTR_REQUIRES(lock) {
   }
 }
 
-}  // namespace
-
-void keepSpareDescriptor() {
-  const LockGuard guard(lock);
-  isWanted = true;
-  fill();
-}
-
-int openWithSpareDescriptor(const char *path, int flags, mode_t mode) {
+// As open(2).
+int openInAnyCase(const char *path, int flags, mode_t mode) {
   const int file = open(path, flags, mode);
   if (file >= 0 || errno != EMFILE) {
     return file;
@@ -41,10 +34,31 @@ int openWithSpareDescriptor(const char *path, int flags, mode_t mode) {
   }
   close(spare);
   spare = -1;
-  return open(path, flags, mode);
+  const int instead = open(path, flags, mode);
+  if (instead < 0) {
+    const int error = errno;
+    fill();
+    errno = error;
+  }
+  return instead;
 }
 
-void returnSpareDescriptor() {
+}  // namespace
+
+void keepSpareDescriptor() {
+  const LockGuard guard(lock);
+  isWanted = true;
+  fill();
+}
+
+FileWithSpareDescriptor::FileWithSpareDescriptor(const char *path, int flags, mode_t mode)
+    : file_(openInAnyCase(path, flags, mode)) {}
+
+void FileWithSpareDescriptor::close() {
+  if (file_ < 0) {
+    return;
+  }
+  ::close(file_.release());
   const LockGuard guard(lock);
   fill();
 }

@@ -5,16 +5,30 @@
 
 #include <sys/types.h>
 
+#include "platform/linux/files/FileDescriptor.h"
+
 namespace platform {
 
 // Sets one aside, if it is not there any more. A process that never does so has none.
 void keepSpareDescriptor();
 
-// As open(2), at the expense of the spare descriptor where the process may have no more.
-int openWithSpareDescriptor(const char *path, int flags, mode_t mode = 0);
+// An open file, at the expense of the spare descriptor where the process may have no more. When it
+// is closed, a descriptor is set aside again.
+class FileWithSpareDescriptor {
+ public:
+  // As open(2): negative with the reason in errno if there is none to be had.
+  FileWithSpareDescriptor(const char *path, int flags, mode_t mode = 0);
+  FileWithSpareDescriptor(FileWithSpareDescriptor &&other) noexcept = default;
+  FileWithSpareDescriptor &operator=(FileWithSpareDescriptor &&other) = delete;
+  ~FileWithSpareDescriptor() { close(); }
 
-// To be called when a file that was opened in this way is closed again. Does nothing in a process
-// that has never set a descriptor aside.
-void returnSpareDescriptor();
+  // Negative from then on. Once is enough, and the end of the object does it too.
+  void close();
+
+  operator int() const { return file_; }  // NOLINT: it is the descriptor
+
+ private:
+  FileDescriptor file_;
+};
 
 }  // namespace platform

@@ -4,13 +4,14 @@
 #include <chrono>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <glib.h>
 
 #include "platform/linux/files/DurableDirectories.h"
 #include "platform/linux/files/FileLock.h"
-#include "platform/linux/files/SpareDescriptor.h"
 
 namespace platform {
 
@@ -38,15 +39,15 @@ bool isOwnAt(const std::string &path, int file, bool &isOfThatName) {
   return isOfThatName && S_ISREG(own.st_mode) && own.st_nlink <= 1;
 }
 
-// The locked file of that name; negative with the reason in errno.
-FileDescriptor openLocked(const std::string &path) {
+// The locked file of that name; none with the reason in errno.
+std::optional<FileWithSpareDescriptor> openLocked(const std::string &path) {
   const auto end = Clock::now() + patience;
   int error = EWOULDBLOCK;
   do {
     // Not blocking, so that a FIFO in its place is an error and not a wait.
-    FileDescriptor file(openWithSpareDescriptor(
+    FileWithSpareDescriptor file(
         path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-        ownerAlone));
+        ownerAlone);
     error = file < 0 ? errno : 0;
     if (file < 0 && !isInTheWay(error)) {
       break;
@@ -70,7 +71,7 @@ FileDescriptor openLocked(const std::string &path) {
     }
   } while (Clock::now() < end);
   errno = error;
-  return FileDescriptor(-1);
+  return std::nullopt;
 }
 
 bool writeAll(int file, std::string_view contents) {
@@ -87,14 +88,12 @@ bool writeAll(int file, std::string_view contents) {
 }  // namespace
 
 Result<UnfinishedFile> UnfinishedFile::write(const std::string &path, std::string_view contents) {
-  FileDescriptor descriptor = openLocked(path);
-  if (descriptor < 0) {
-    const int error = errno;
-    returnSpareDescriptor();
-    return Result<UnfinishedFile>::failure(error == EWOULDBLOCK ? "Another program is writing it"
-                                                                : g_strerror(error));
+  std::optional<FileWithSpareDescriptor> locked = openLocked(path);
+  if (!locked) {
+    return Result<UnfinishedFile>::failure(errno == EWOULDBLOCK ? "Another program is writing it"
+                                                                : g_strerror(errno));
   }
-  UnfinishedFile file(path, std::move(descriptor));
+  UnfinishedFile file(path, std::move(*locked));
   // The name is given to what is on disk only: file systems that are not asked would write the name
   // first and the contents later. What the disk has no room for, it says here at the latest.
   if (ftruncate(file.file_, 0) != 0 || fchmod(file.file_, ownerAlone) != 0 ||
@@ -110,8 +109,6 @@ UnfinishedFile::~UnfinishedFile() {
   if (file_ >= 0) {
     // Before the lock is given up, because then it may be another writer's.
     unlink(path_.c_str());
-    close(file_.release());
-    returnSpareDescriptor();
   }
 }
 
@@ -127,10 +124,9 @@ int UnfinishedFile::takeName(const std::string &target) {
   return finish(target);
 }
 
-// The descriptor is given back first, since the folder needs one.
+// The file is closed first, since the folder needs the descriptor.
 int UnfinishedFile::finish(const std::string &target) {
-  close(file_.release());
-  returnSpareDescriptor();
+  file_.close();
   return flushDirectoryOfFile(target);
 }
 

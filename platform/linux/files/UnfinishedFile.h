@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "platform/Result.h"
-#include "platform/linux/files/FileDescriptor.h"
+#include "platform/linux/files/SpareDescriptor.h"
 
 namespace platform {
 
@@ -35,13 +35,13 @@ class UnfinishedFile {
   int takeName(const std::string &target);
 
  private:
-  UnfinishedFile(std::string path, FileDescriptor file)
+  UnfinishedFile(std::string path, FileWithSpareDescriptor file)
       : path_(std::move(path)), file_(std::move(file)) {}
 
   int finish(const std::string &target);
 
   std::string path_;
-  FileDescriptor file_;  // negative once it is finished
+  FileWithSpareDescriptor file_;  // negative once it is finished
 };
 
 }  // namespace platform

@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -43,6 +44,23 @@ TEST(SpareDescriptor, HasFilesReadAndReplacedAgainAndAgain) {
     }
   }));
   EXPECT_EQ(readFileForTest(path), "three");
+}
+
+TEST(SpareDescriptor, IsSetAsideAgainWhetherTheFileCouldBeOpenedOrNot) {
+  const TemporaryDirectory directory;
+  writeFile(directory / "file", "contents");
+  const auto othersHaveGotIt = [] { return open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0; };
+  EXPECT_TRUE(holdsInOwnProcess([&] {
+    platform::keepSpareDescriptor();
+    const NoDescriptors none;
+    EXPECT_TRUE(platform::readFile(directory / "file"));
+    EXPECT_FALSE(othersHaveGotIt());
+    int error = 0;
+    EXPECT_FALSE(platform::readFile(directory / "missing", &error));
+    EXPECT_EQ(error, ENOENT);
+    EXPECT_FALSE(othersHaveGotIt());
+    EXPECT_TRUE(platform::readFile(directory / "file"));
+  }));
 }
 
 TEST(SpareDescriptor, IsNotThereForAProcessThatHasSetNoneAside) {
