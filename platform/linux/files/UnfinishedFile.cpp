@@ -24,53 +24,70 @@ constexpr std::chrono::seconds patience{2};
 
 constexpr mode_t ownerAlone = 0600;
 
+FileWithSpareDescriptor openOrCreate(const std::string &path) {
+  // Not blocking, so that a FIFO in its place is an error and not a wait.
+  return {path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+          ownerAlone};
+}
+
 // Whether the error of opening comes from something in the file's place that is no file of ours.
 bool isInTheWay(int error) {
   return error == ELOOP || error == EACCES || error == ENXIO;
 }
 
-// Whether the open file is the one of that name, and can be written without another name or another
-// kind of file being affected.
-bool isOwnAt(const std::string &path, int file, bool &isOfThatName) {
-  struct stat own {};
-  struct stat there {};
-  isOfThatName = fstat(file, &own) == 0 && lstat(path.c_str(), &there) == 0 &&
-                 own.st_dev == there.st_dev && own.st_ino == there.st_ino;
-  return isOfThatName && S_ISREG(own.st_mode) && own.st_nlink <= 1;
+// 0 if nothing has the name any more, else the system's error number.
+int removeName(const std::string &path) {
+  return unlink(path.c_str()) == 0 || errno == ENOENT ? 0 : errno;
 }
 
-// The locked file of that name; none with the reason in errno.
-std::optional<FileWithSpareDescriptor> openLocked(const std::string &path) {
+// What an open file is that was found at a path.
+enum class Found {
+  ownFile,  // to be written without another name or another kind of file being affected
+  notOurs,
+  notThereAnyMore,
+};
+
+Found whatIsFoundAt(const std::string &path, int file) {
+  struct stat own {};
+  struct stat there {};
+  if (fstat(file, &own) != 0 || lstat(path.c_str(), &there) != 0 || own.st_dev != there.st_dev ||
+      own.st_ino != there.st_ino) {
+    return Found::notThereAnyMore;
+  }
+  return S_ISREG(own.st_mode) && own.st_nlink <= 1 ? Found::ownFile : Found::notOurs;
+}
+
+// The locked file of that name; none with the reason in `error`, which is EWOULDBLOCK if other
+// writers do not come to an end.
+std::optional<FileWithSpareDescriptor> openLocked(const std::string &path, int &error) {
   const auto end = Clock::now() + patience;
-  int error = EWOULDBLOCK;
   do {
-    // Not blocking, so that a FIFO in its place is an error and not a wait.
-    FileWithSpareDescriptor file(
-        path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-        ownerAlone);
-    error = file < 0 ? errno : 0;
-    if (file < 0 && !isInTheWay(error)) {
-      break;
-    }
-    bool isOfThatName = file < 0;
-    if (file >= 0) {
-      const auto rest = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-      error = lockFile(file, rest);
-      if (error != 0) {
-        break;
+    FileWithSpareDescriptor file = openOrCreate(path);
+    if (file < 0) {
+      error = errno;
+      if (!isInTheWay(error) || removeName(path) != 0) {
+        return std::nullopt;
       }
-      // Who held the lock before has given the file its name, or has removed it.
-      if (isOwnAt(path, file, isOfThatName)) {
+      continue;
+    }
+    error = lockFile(file, std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()));
+    if (error != 0) {
+      return std::nullopt;
+    }
+    switch (whatIsFoundAt(path, file)) {
+      case Found::ownFile:
         return file;
-      }
-      error = EWOULDBLOCK;
+      case Found::notThereAnyMore:  // who held the lock has given it its name, or has removed it
+        break;
+      case Found::notOurs:
+        error = removeName(path);
+        if (error != 0) {
+          return std::nullopt;
+        }
+        break;
     }
-    if (isOfThatName && unlink(path.c_str()) != 0 && errno != ENOENT) {
-      error = file < 0 ? error : errno;
-      break;
-    }
+    error = EWOULDBLOCK;
   } while (Clock::now() < end);
-  errno = error;
   return std::nullopt;
 }
 
@@ -88,10 +105,11 @@ bool writeAll(int file, std::string_view contents) {
 }  // namespace
 
 Result<UnfinishedFile> UnfinishedFile::write(const std::string &path, std::string_view contents) {
-  std::optional<FileWithSpareDescriptor> locked = openLocked(path);
+  int error = 0;
+  std::optional<FileWithSpareDescriptor> locked = openLocked(path, error);
   if (!locked) {
-    return Result<UnfinishedFile>::failure(errno == EWOULDBLOCK ? "Another program is writing it"
-                                                                : g_strerror(errno));
+    return Result<UnfinishedFile>::failure(error == EWOULDBLOCK ? "Another program is writing it"
+                                                                : g_strerror(error));
   }
   UnfinishedFile file(path, std::move(*locked));
   // The name is given to what is on disk only: file systems that are not asked would write the name
