@@ -29,6 +29,27 @@ bool comesFromOutside(const ScanExit &exit) {
                            exit.number == SIGINT || exit.number == SIGHUP);
 }
 
+// The exit statuses that are not the root's fault.
+struct Lack {
+  int exitStatus;
+  const char *reason;
+};
+constexpr Lack lacks[] = {
+    {workerExitWithoutMemory, "There is not enough memory"},
+    {workerExitWithoutProcess, "There are no more processes to be had"},
+    {workerExitWithoutConfinement, "The scan cannot be confined"},
+};
+
+// What was not to be had, if it is that by which the scan ended; else null.
+const char *whatWasLacking(const ScanExit &exit) {
+  for (const Lack &lack : lacks) {
+    if (!exit.isSignal && exit.number == lack.exitStatus) {
+      return lack.reason;
+    }
+  }
+  return nullptr;
+}
+
 std::string textOf(const ScanExit &exit) {
   return exit.isSignal ? "The scan was ended by signal " + std::to_string(exit.number) + " (" +
                              strsignal(exit.number) + ")"
@@ -187,14 +208,8 @@ class WorkerScanner::OneScan {
     if (!exit) {
       return end(Result::endedFromOutside, workerIsGone);
     }
-    if (!exit->isSignal && exit->number == workerExitWithoutMemory) {
-      return end(Result::failed, "There is not enough memory");
-    }
-    if (!exit->isSignal && exit->number == workerExitWithoutProcess) {
-      return end(Result::failed, "There are no more processes to be had");
-    }
-    if (!exit->isSignal && exit->number == workerExitWithoutConfinement) {
-      return end(Result::failed, "The scan cannot be confined");
+    if (const char *lack = whatWasLacking(*exit)) {
+      return end(Result::failed, lack);
     }
     return end(comesFromOutside(*exit) ? Result::endedFromOutside : Result::endedByRoot,
                textOf(*exit));
