@@ -4,12 +4,14 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include <svn_error_codes.h>
 
 #include "platform/linux/Patience.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
+#include "scanner/AdministrativeFiles.h"
 #include "scanner/SVNError.h"
 #include "scanner/TargetPath.h"
 
@@ -65,12 +67,8 @@ bool isPathBelow(const std::string &root, const std::string &path) {
 
 // Whether it is where the database of a working copy can be that the target is in.
 bool isDatabaseAbove(const std::string &target, const std::string &path) {
-  constexpr std::string_view name = "/.svn/wc.db";
-  if (!path.ends_with(name)) {
-    return false;
-  }
-  const std::string top = path.substr(0, path.size() - name.size());
-  return isPathBelow(top.empty() ? "/" : top, target);
+  const std::string top = std::filesystem::path(path).parent_path().parent_path();
+  return path == databaseOfWorkingCopy(top) && isPathBelow(top, target);
 }
 
 // About what the reports of a scan take with all folders above them: whoever receives them may keep
