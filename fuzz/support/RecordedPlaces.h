@@ -1,22 +1,9 @@
-// What the registry is given in place of files and of the places where bookmarks lead.
+// What the registry is given in place of the places where bookmarks lead.
 #pragma once
 
-#include <map>
 #include <string>
 
 #include "platform/Bookmarks.h"
-#include "platform/PropertyList.h"
-
-// Files as bytes in memory, in the forms that they have on disk.
-class FilesInMemory final : public platform::PropertyListFiles {
- public:
-  platform::Result<platform::Dictionary> dictionaryWithContentsOfURL(
-      const platform::FileURL &url) override;
-  platform::Outcome writeDictionary(const platform::Dictionary &dictionary,
-                                    const platform::FileURL &url) override;
-
-  std::map<std::string, std::string> contents;  // by path
-};
 
 // Real bookmark data, of which each leads to the path that it holds: nowhere below "/gone", and a
 // stale way below "/moved".

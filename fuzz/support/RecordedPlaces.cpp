@@ -1,4 +1,4 @@
-#include "fuzz/support/StandIns.h"
+#include "fuzz/support/RecordedPlaces.h"
 
 #include "platform/linux/values/LinuxBookmarks.h"
 #include "platform/linux/values/PropertyListCoding.h"
@@ -8,24 +8,8 @@ using platform::BookmarkResolutionOptions;
 using platform::Data;
 using platform::Dictionary;
 using platform::FileURL;
-using platform::Outcome;
 using platform::ResolvedBookmark;
 using platform::Result;
-
-Result<Dictionary> FilesInMemory::dictionaryWithContentsOfURL(const FileURL &url) {
-  const auto found = contents.find(url.path());
-  return found == contents.end() ? Result<Dictionary>::failure("no such file")
-                                 : platform::dictionaryFromPropertyList(found->second);
-}
-
-Outcome FilesInMemory::writeDictionary(const Dictionary &dictionary, const FileURL &url) {
-  std::optional<std::string> xml = platform::xmlPropertyList(dictionary);
-  if (!xml) {
-    return Outcome::failure("no property list");
-  }
-  contents.insert_or_assign(url.path(), *std::move(xml));
-  return platform::Done();
-}
 
 Result<ResolvedBookmark> RecordedPlaces::resolveBookmarkData(const Data &data,
                                                              BookmarkResolutionOptions options) {
