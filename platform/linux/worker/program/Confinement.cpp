@@ -199,7 +199,6 @@ Outcome ScanConfinement::apply(const ScanRequest &request, const std::string &da
   if (const platform::Result<bool> isEnforced = view.enforce(); !isEnforced) {
     return Outcome::failure(isEnforced.reason());
   }
-  view.enforce();
   filter_.refuse(SCMP_SYS(tgkill), EPERM, {Condition::isNot(0, getpid())});
   return filter_.load();
 }
