@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "bench/Measure.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 std::string urlText(const std::string &path, bool isDirectory = false);
 

@@ -5,7 +5,7 @@
 #include "bench/Asker.h"
 #include "bench/ExtensionBench.h"
 #include "bench/SampleTrees.h"
-#include "tests/support/DirectoryReadings.h"
+#include "tests/support/files/DirectoryReadings.h"
 
 namespace {
 

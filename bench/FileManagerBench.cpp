@@ -17,8 +17,8 @@
 #include "bench/SampleTrees.h"
 #include "tests/filemanagers/desktop/BusTraffic.h"
 #include "tests/filemanagers/desktop/FileManagerWindow.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/bus/BusClient.h"
 
 namespace {
 

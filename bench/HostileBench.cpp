@@ -7,8 +7,8 @@
 #include "bench/Asker.h"
 #include "bench/Benchmark.h"
 #include "bench/Machine.h"
-#include "tests/support/PublicNames.h"
-#include "tests/support/RawBusClient.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/bus/RawBusClient.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <glib-unix.h>
 
 #include "platform/FileURL.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::ErrorHandle;
 using platform::ErrorOut;

@@ -6,7 +6,7 @@
 
 #include "bench/Measure.h"
 #include "platform/linux/events/Inotify.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 class ObservedStart {
  public:

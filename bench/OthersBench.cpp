@@ -10,9 +10,9 @@
 #include "bench/Measure.h"
 #include "bench/SampleTrees.h"
 #include "bench/WatchBench.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 namespace {
 

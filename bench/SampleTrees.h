@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "tests/support/PrivateBus.h"
-#include "tests/support/Subversion.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 // How many files a directory holds, and how many of these directories one above them, of which all
 // lie at the top: 100,000 files are in 2,041 directories.

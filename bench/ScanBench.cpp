@@ -14,7 +14,7 @@
 #include "platform/linux/worker/WorkerScanner.h"
 #include "scanner/SVNError.h"
 #include "scanner/StatusWalk.h"
-#include "tests/support/StartedWorker.h"
+#include "tests/platform/worker/StartedWorker.h"
 
 namespace {
 

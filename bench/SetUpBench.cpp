@@ -6,8 +6,8 @@
 #include "bench/Measure.h"
 #include "bench/WatchBench.h"
 #include "platform/linux/events/WatchLimit.h"
-#include "tests/support/RunningProgram.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/RunningProgram.h"
 
 namespace {
 

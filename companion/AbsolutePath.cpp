@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 namespace companion {
 

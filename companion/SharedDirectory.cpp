@@ -1,7 +1,7 @@
 #include "companion/SharedDirectory.h"
 
 #include "platform/SharedDirectory.h"
-#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/files/LinuxFileManager.h"
 
 namespace companion {
 

@@ -4,9 +4,9 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/OwnHome.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::BookmarkCreationOptions;
 using platform::BookmarkResolutionOptions;

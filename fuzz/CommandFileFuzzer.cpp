@@ -6,7 +6,7 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/OwnHome.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/OwnHome.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Array;
 using platform::Dictionary;

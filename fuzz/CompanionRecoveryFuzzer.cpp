@@ -6,8 +6,8 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/OwnHome.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Array;
 using platform::Data;

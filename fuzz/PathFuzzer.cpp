@@ -7,7 +7,7 @@
 #include "fuzz/support/Promise.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Property lists of either form. What is read and written again is the same.
 #include "fuzz/support/Input.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Dictionary;
 using platform::dictionaryFromPropertyList;

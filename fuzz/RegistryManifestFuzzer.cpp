@@ -4,8 +4,8 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/Promise.h"
 #include "fuzz/support/RegistryInMemory.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Array;
 using platform::Data;

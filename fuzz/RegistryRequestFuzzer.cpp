@@ -2,7 +2,7 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/Promise.h"
 #include "fuzz/support/RegistryInMemory.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Array;
 using platform::Dictionary;

@@ -4,8 +4,8 @@
 #include "fuzz/support/Input.h"
 #include "fuzz/support/OwnHome.h"
 #include "fuzz/support/Promise.h"
-#include "platform/linux/LinuxUserDefaults.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Dictionary;
 using platform::PropertyList;

@@ -2,7 +2,7 @@
 # that cannot are not built; a test that is built never passes by being left out.
 
 # Where the user may watch few, in a user namespace with a limit of its own.
-set(with_few_watches ${CMAKE_CURRENT_SOURCE_DIR}/support/with-few-watches)
+set(with_few_watches ${CMAKE_CURRENT_SOURCE_DIR}/support/launchers/with-few-watches)
 execute_process(COMMAND ${with_few_watches} true
   RESULT_VARIABLE few_watches_status OUTPUT_QUIET ERROR_QUIET)
 if(few_watches_status EQUAL 0)

@@ -5,7 +5,7 @@
 #include "companion/badges/ReachFailure.h"
 #include "platform/FileURL.h"
 #include "platform/linux/BusNames.h"
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 namespace companion {
 

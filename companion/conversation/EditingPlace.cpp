@@ -13,9 +13,9 @@
 #include "companion/PathText.h"
 #include "companion/conversation/KeptMessage.h"
 #include "companion/conversation/MessageText.h"
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/FileLock.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/FileLock.h"
 
 namespace companion {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace companion {
 

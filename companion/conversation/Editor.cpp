@@ -8,7 +8,7 @@
 #include "companion/conversation/MessageText.h"
 #include "companion/programs/FirstProgram.h"
 #include "companion/programs/ForegroundProgram.h"
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/files/AtomicFile.h"
 
 namespace companion {
 

@@ -5,10 +5,10 @@
 
 #include "companion/PathText.h"
 #include "companion/conversation/MessageText.h"
-#include "platform/linux/DurableDirectories.h"
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/UnfinishedFile.h"
-#include "platform/linux/UserDirectories.h"
+#include "platform/linux/files/DurableDirectories.h"
+#include "platform/linux/files/UnfinishedFile.h"
+#include "platform/linux/files/UserDirectories.h"
 
 namespace companion {
 

@@ -11,7 +11,7 @@
 #include "companion/list/ManifestEditor.h"
 #include "companion/subversion/WorkingCopyRoot.h"
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxBookmarks.h"
 
 namespace companion {
 

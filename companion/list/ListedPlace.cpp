@@ -1,6 +1,6 @@
 #include "companion/list/ListedPlace.h"
 
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxBookmarks.h"
 
 namespace companion {
 

@@ -5,7 +5,7 @@
 
 #include "companion/DirectoryEntry.h"
 #include "companion/PathText.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 
 namespace companion {
 

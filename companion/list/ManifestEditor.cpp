@@ -2,8 +2,8 @@
 
 #include "companion/PathText.h"
 #include "companion/SharedDirectory.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 
 namespace companion {
 

@@ -8,7 +8,7 @@
 #include <glib.h>
 
 #include "companion/PathText.h"
-#include "platform/linux/FileLock.h"
+#include "platform/linux/files/FileLock.h"
 
 namespace companion {
 

@@ -13,11 +13,11 @@
 #include "companion/list/ListCommands.h"
 #include "companion/list/ListedPlace.h"
 #include "companion/list/ManifestEditor.h"
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/FileDescriptor.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPosixAccess.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/FileDescriptor.h"
+#include "platform/linux/files/LinuxPosixAccess.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 namespace companion {
 

@@ -11,7 +11,7 @@
 
 #include "platform/FileURL.h"
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace companion {
 

@@ -1,8 +1,8 @@
 #include "companion/open/CommandRequest.h"
 
 #include "companion/PathText.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 namespace companion {
 

@@ -6,8 +6,8 @@
 
 #include "companion/programs/ProgramArguments.h"
 #include "companion/programs/ProgramEnd.h"
-#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace companion {
 

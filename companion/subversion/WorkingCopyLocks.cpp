@@ -6,7 +6,7 @@
 
 #include "companion/PathText.h"
 #include "companion/subversion/AdministrativeDirectory.h"
-#include "platform/linux/FileLock.h"
+#include "platform/linux/files/FileLock.h"
 
 namespace companion {
 

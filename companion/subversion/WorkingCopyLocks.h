@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 
 namespace companion {
 

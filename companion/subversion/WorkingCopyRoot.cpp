@@ -1,7 +1,7 @@
 #include "companion/subversion/WorkingCopyRoot.h"
 
 #include "companion/subversion/FailureReason.h"
-#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 namespace companion {
 

@@ -1,7 +1,8 @@
 // A registry whose files are bytes in memory.
 #pragma once
 
-#include "fuzz/support/StandIns.h"
+#include "fuzz/support/FilesInMemory.h"
+#include "fuzz/support/RecordedPlaces.h"
 #include "platform/testing/FakePlatform.h"
 #include "registry/KTRFinderSyncWorkingCopies.h"
 

@@ -11,9 +11,9 @@
 #include "companion/subversion/WorkingCopyCommands.h"
 #include "tests/companion/RecordingConversation.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/RunningProgram.h"
-#include "tests/support/Subversion.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/RunningProgram.h"
 
 class CommandFixture : public testing::Test {
  protected:

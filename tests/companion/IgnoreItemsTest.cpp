@@ -13,7 +13,7 @@
 #include "companion/subversion/IgnorePattern.h"
 #include "companion/subversion/PathArray.h"
 #include "companion/subversion/SubversionLibrary.h"
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "tests/companion/CommandFixture.h"
 
 using companion::ignoreItems;

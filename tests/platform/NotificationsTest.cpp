@@ -2,7 +2,7 @@
 
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/MainContextQueues.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 using platform::DBusNotificationCenter;
 using platform::ObjectHandle;

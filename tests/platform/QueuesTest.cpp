@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "platform/linux/MainContextQueues.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 using platform::MainContextQueues;
 using platform::Queue;

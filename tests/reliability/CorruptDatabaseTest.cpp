@@ -6,9 +6,9 @@
 #include <random>
 
 #include "tests/scanner/ForeignDatabase.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
 #include "tests/support/NumberFromEnvironment.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::FileURL;
 

@@ -7,10 +7,10 @@
 #include <thread>
 #include <unistd.h>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/worker/program/Heartbeat.h"
 #include "scanner/WalkProgress.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using namespace std::chrono_literals;
 

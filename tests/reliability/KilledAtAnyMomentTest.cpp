@@ -11,13 +11,13 @@
 #include <memory>
 #include <random>
 
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 #include "tests/reliability/SessionState.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/NumberFromEnvironment.h"
-#include "tests/support/ProcessTree.h"
-#include "tests/support/PublicNames.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/processes/ProcessTree.h"
 
 using platform::Array;
 using platform::Dictionary;

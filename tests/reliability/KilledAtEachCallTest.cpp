@@ -10,14 +10,14 @@
 #include <set>
 
 #include "platform/linux/DBusNotificationCenter.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
 #include "platform/linux/MainContextQueues.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/reliability/SessionState.h"
 #include "tests/reliability/TracedCalls.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Dictionary;

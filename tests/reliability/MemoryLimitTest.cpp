@@ -8,8 +8,8 @@
 
 #include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/program/MemoryLimit.h"
-#include "tests/support/ForkedWork.h"
-#include "tests/support/ProcessFigures.h"
+#include "tests/support/processes/ForkedWork.h"
+#include "tests/support/processes/ProcessFigures.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 
 #include "tests/reliability/RunningScan.h"
 #include "tests/reliability/WorldFixture.h"
-#include "tests/support/ProcessFigures.h"
-#include "tests/support/ProcessTree.h"
+#include "tests/support/processes/ProcessFigures.h"
+#include "tests/support/processes/ProcessTree.h"
 
 using ::testing::AnyOf;
 using ::testing::HasSubstr;

@@ -9,12 +9,12 @@
 #include <sys/resource.h>
 
 #include "platform/FileURL.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 #include "tests/reliability/SessionState.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/SmallDisk.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/files/SmallDisk.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Dictionary;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/support/PrivateBus.h"
-#include "tests/support/ProcessTree.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/processes/ProcessTree.h"
 
 namespace {
 

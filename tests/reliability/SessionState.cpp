@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
 
 using platform::Array;
 using platform::Dictionary;

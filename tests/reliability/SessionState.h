@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/PropertyList.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 struct SessionState {
   explicit SessionState(const ExtensionSession &session);

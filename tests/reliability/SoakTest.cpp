@@ -13,11 +13,11 @@
 #include "platform/FileURL.h"
 #include "tests/scanner/RandomWorkingCopy.h"
 #include "tests/scanner/StatusOracle.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/FileManagerClient.h"
-#include "tests/support/ProcessFigures.h"
-#include "tests/support/ProcessTree.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/processes/ProcessFigures.h"
+#include "tests/support/processes/ProcessTree.h"
+#include "tests/support/session/ExtensionSession.h"
+#include "tests/support/session/FileManagerClient.h"
 #include "tests/system/ShownItems.h"
 
 namespace fs = std::filesystem;

@@ -4,7 +4,7 @@
 
 #include "tests/reliability/RunningScan.h"
 #include "tests/reliability/WorldFixture.h"
-#include "tests/support/ProcessTree.h"
+#include "tests/support/processes/ProcessTree.h"
 
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;

@@ -5,7 +5,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "tests/support/ProcessFigures.h"
+#include "tests/support/processes/ProcessFigures.h"
 
 namespace fs = std::filesystem;
 

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include "tests/scanner/WalkComparison.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "tests/support/Command.h"
+#include "tests/support/processes/Command.h"
 
 namespace fs = std::filesystem;
 

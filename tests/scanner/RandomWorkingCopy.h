@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 class RandomWorkingCopy {
  public:

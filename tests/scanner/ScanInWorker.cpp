@@ -1,6 +1,6 @@
 // The scanner's contract, kept by a status worker: for tests that are run both ways.
 #include "platform/linux/worker/WorkerScanner.h"
-#include "tests/support/StartedWorker.h"
+#include "tests/platform/worker/StartedWorker.h"
 
 svn_error_t *KTRWorkingCopyStatusScanner::scanLocalTarget(
     const std::string &targetPath, const std::optional<std::string> &configDir,

@@ -5,7 +5,7 @@
 
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/Scan.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace fs = std::filesystem;
 

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "tests/support/Command.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
+#include "tests/support/processes/Command.h"
 
 namespace fs = std::filesystem;
 

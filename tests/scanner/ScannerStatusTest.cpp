@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include "tests/scanner/Scan.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace fs = std::filesystem;
 

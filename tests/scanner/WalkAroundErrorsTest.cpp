@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "tests/scanner/WalkComparison.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace fs = std::filesystem;
 

@@ -10,7 +10,7 @@
 
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/WalkComparison.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace fs = std::filesystem;
 

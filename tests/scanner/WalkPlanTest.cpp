@@ -6,7 +6,7 @@
 #include "scanner/WalkPlan.h"
 #include "tests/scanner/ForeignDatabase.h"
 #include "tests/scanner/Scan.h"
-#include "tests/support/Subversion.h"
+#include "tests/support/files/Subversion.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <map>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/DirectoryReadings.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/files/DirectoryReadings.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::FileURL;
 

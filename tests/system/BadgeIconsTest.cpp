@@ -5,10 +5,10 @@
 
 #include "platform/linux/drawing/CairoHandles.h"
 #include "platform/linux/process/BadgeIcons.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Handle;
 using platform::SurfaceHandle;

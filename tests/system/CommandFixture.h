@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/CommandApplication.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/LaunchedPrograms.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/processes/LaunchedPrograms.h"
+#include "tests/support/session/CommandApplication.h"
+#include "tests/support/session/ExtensionSession.h"
 
 constexpr const char *invalidArguments = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char *limitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";

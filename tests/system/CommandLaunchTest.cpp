@@ -4,7 +4,7 @@
 #include <optional>
 #include <unistd.h>
 
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ServiceStandIn.h"
 #include "tests/system/CommandFixture.h"
 
 using ::testing::AllOf;

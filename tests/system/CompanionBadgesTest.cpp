@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using testing::HasSubstr;
 

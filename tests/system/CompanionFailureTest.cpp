@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/ExtensionStandIn.h"
+#include "tests/support/bus/ExtensionStandIn.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::ObjectHandle;
 using testing::HasSubstr;

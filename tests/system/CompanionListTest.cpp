@@ -9,7 +9,7 @@
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/MainContextQueues.h"
 #include "tests/scanner/ForeignDatabase.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Data;

@@ -4,9 +4,9 @@
 
 #include "companion/list/ListedPlace.h"
 #include "platform/linux/DBusNotificationCenter.h"
-#include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/MainContextQueues.h"
-#include "tests/support/ExtensionSession.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Data;

@@ -6,9 +6,9 @@
 #include <set>
 #include <sstream>
 
-#include "tests/support/AnswerMonitor.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/RunningProgram.h"
+#include "tests/support/bus/AnswerMonitor.h"
+#include "tests/support/processes/RunningProgram.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using testing::UnorderedElementsAre;
 

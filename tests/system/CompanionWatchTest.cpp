@@ -10,9 +10,9 @@
 #include <unistd.h>
 #include <utility>
 
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/ExtensionStandIn.h"
-#include "tests/support/RunningProgram.h"
+#include "tests/support/bus/ExtensionStandIn.h"
+#include "tests/support/processes/RunningProgram.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "tests/support/ExtensionStandIn.h"
-#include "tests/support/FileManagerClient.h"
+#include "tests/support/bus/ExtensionStandIn.h"
+#include "tests/support/session/FileManagerClient.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxBookmarks.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Dictionary;

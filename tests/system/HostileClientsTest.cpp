@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/PublicNames.h"
-#include "tests/support/RawBusClient.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/bus/RawBusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::FileURL;
 using ::testing::Not;

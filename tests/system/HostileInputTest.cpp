@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::Array;
 using platform::Data;

@@ -4,9 +4,9 @@
 #include <regex>
 #include <set>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;

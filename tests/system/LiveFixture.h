@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/FileManagerClient.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
+#include "tests/support/session/FileManagerClient.h"
 #include "tests/system/ShownItems.h"
 
 class LiveFixture : public ::testing::Test {

@@ -5,9 +5,9 @@
 
 #include "tests/scanner/RandomWorkingCopy.h"
 #include "tests/scanner/StatusOracle.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/FileManagerClient.h"
 #include "tests/support/NumberFromEnvironment.h"
+#include "tests/support/session/ExtensionSession.h"
+#include "tests/support/session/FileManagerClient.h"
 #include "tests/system/ShownItems.h"
 
 namespace fs = std::filesystem;

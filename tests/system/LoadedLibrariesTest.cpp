@@ -4,8 +4,8 @@
 #include <set>
 #include <sstream>
 
-#include "tests/support/BusClient.h"
-#include "tests/support/ExtensionSession.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using ::testing::AllOf;
 using ::testing::Contains;

@@ -5,8 +5,8 @@
 
 #include "platform/FileURL.h"
 #include "tests/support/NumberFromEnvironment.h"
-#include "tests/support/ProcessFigures.h"
-#include "tests/support/ProcessTree.h"
+#include "tests/support/processes/ProcessFigures.h"
+#include "tests/support/processes/ProcessTree.h"
 #include "tests/system/LiveFixture.h"
 
 using namespace std::chrono_literals;

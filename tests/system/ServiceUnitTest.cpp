@@ -1,8 +1,8 @@
 // The unit by which systemd runs the extension, as systemd itself judges it.
 #include <gtest/gtest.h>
 
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/session/ExtensionSession.h"
 
 namespace {
 

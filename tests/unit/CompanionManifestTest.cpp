@@ -5,8 +5,8 @@
 
 #include "companion/list/Manifest.h"
 #include "companion/list/ManifestLock.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using namespace companion;
 using platform::Array;

@@ -9,8 +9,8 @@
 
 #include "platform/linux/BusNames.h"
 #include "platform/linux/GLibHandles.h"
-#include "platform/linux/UserDirectories.h"
 #include "platform/linux/drawing/CairoHandles.h"
+#include "platform/linux/files/UserDirectories.h"
 
 using platform::ContextHandle;
 using platform::ErrorHandle;

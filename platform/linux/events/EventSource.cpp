@@ -12,7 +12,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/files/AtomicFile.h"
 
 namespace platform {
 

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/AtomicFile.h"
+#include "platform/linux/files/AtomicFile.h"
 
 namespace platform {
 

@@ -24,11 +24,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/DirectoryStream.h"
 #include "platform/linux/events/DirectoryTrees.h"
 #include "platform/linux/events/Inotify.h"
 #include "platform/linux/events/OwnFiles.h"
 #include "platform/linux/events/RootRoad.h"
+#include "platform/linux/files/DirectoryStream.h"
 
 namespace platform {
 

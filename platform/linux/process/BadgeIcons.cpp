@@ -4,11 +4,11 @@
 #include <utime.h>
 
 #include "extension/BadgeCatalogue.h"
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/DurableDirectories.h"
-#include "platform/linux/UserDirectories.h"
 #include "platform/linux/drawing/PngFile.h"
 #include "platform/linux/drawing/SymbolArtwork.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/DurableDirectories.h"
+#include "platform/linux/files/UserDirectories.h"
 
 using platform::Raster;
 using platform::SystemColor;

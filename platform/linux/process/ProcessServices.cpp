@@ -1,68 +1,25 @@
 #include "platform/linux/process/ProcessServices.h"
 
-#include <filesystem>
-
 #include "platform/linux/DBusNotificationCenter.h"
 #include "platform/linux/GLibSystemLog.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/LinuxPosixAccess.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/MainContextQueues.h"
-#include "platform/linux/SpareDescriptor.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxUUIDs.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
 #include "platform/linux/drawing/CairoDrawing.h"
 #include "platform/linux/events/LinuxEventStreams.h"
-#include "platform/linux/process/BadgeIcons.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/files/LinuxPosixAccess.h"
+#include "platform/linux/files/SpareDescriptor.h"
+#include "platform/linux/process/SpawnedWorker.h"
+#include "platform/linux/process/WrittenFiles.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 #include "platform/linux/worker/WorkerScanner.h"
 
 namespace {
-
-// All that this process writes.
-platform::OwnFiles ownFiles(const platform::LinuxUserDefaults &userDefaults) {
-  platform::OwnFiles files;
-  for (const std::optional<std::string> &directory :
-       {platform::LinuxFileManager::groupContainersPath(), userDefaults.directoryPath()}) {
-    if (directory) {
-      files.directories.push_back(*directory);
-    }
-  }
-  files.pathPrefixes = badgeIconPathPrefixes();
-  // A log that is a file, such as that of a session without a journal.
-  std::error_code error;
-  if (const auto log = std::filesystem::read_symlink("/proc/self/fd/2", error);
-      !error && std::filesystem::is_regular_file(log, error)) {
-    files.pathPrefixes.push_back(log);
-  }
-  return files;
-}
-
-// A status worker that the spawner has started.
-class SpawnedWorker final : public WorkerProcess {
- public:
-  explicit SpawnedWorker(platform::StartedWorker worker)
-      : life_(std::move(worker.life)), socket_(std::move(worker.socket)) {}
-
-  const MessageSocket &socket() const override { return socket_; }
-
- private:
-  const platform::FileDescriptor life_;
-  const MessageSocket socket_;
-};
-
-StartWorker startsWorkerWith(const platform::Spawner &spawner) {
-  return [&spawner]() -> platform::Result<std::unique_ptr<WorkerProcess>> {
-    platform::Result<platform::StartedWorker> worker = spawner.startWorker();
-    if (!worker) {
-      return platform::Result<std::unique_ptr<WorkerProcess>>::failure(worker.reason());
-    }
-    return std::unique_ptr<WorkerProcess>(std::make_unique<SpawnedWorker>(std::move(*worker)));
-  };
-}
 
 struct LinuxServices {
   LinuxServices(GDBusConnection *connection, FinderSyncService &service,
@@ -88,7 +45,7 @@ struct LinuxServices {
   platform::DBusNotificationCenter notificationCenter;
   platform::LinuxPosixAccess posixAccess;
   platform::GLibSystemLogs systemLogs;
-  platform::LinuxEventStreams eventStreams{systemLogs, ownFiles(userDefaults)};
+  platform::LinuxEventStreams eventStreams{systemLogs, filesThatThisProcessWrites(userDefaults)};
   platform::LinuxBundle bundle{HALVERN_LOCALE_PATH};
   platform::LinuxUUIDs uuids;
   platform::LinuxWorkspace workspace;

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <linux/close_range.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -29,13 +27,6 @@ void restoreSignals() {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
-void endWithParent(pid_t parent) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) {
-    std::_Exit(EXIT_FAILURE);
-  }
 }
 
 void closeWhenAProgramIsRun(int firstFile) {

@@ -2,16 +2,10 @@
 // is for one that has one thread.
 #pragma once
 
-#include <sys/types.h>
-
 namespace platform {
 
 // The spawner heeds no signal; what it starts does, as a new program expects.
 void restoreSignals();
-
-// Has this process killed when its parent ends, and ends it if that has happened already. `parent`
-// is the one that forked it.
-void endWithParent(pid_t parent);
 
 // Has the open files from that number on closed when a program is run, also those that whoever
 // started the extension left open.

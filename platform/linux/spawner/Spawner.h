@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "platform/Result.h"
-#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/Patience.h"
 #include "platform/linux/desktop/ApplicationUnit.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/spawner/Messages.h"
 
 namespace platform {

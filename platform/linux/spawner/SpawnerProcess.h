@@ -1,7 +1,7 @@
 // The spawner's own side.
 #pragma once
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/spawner/Spawner.h"
 
 namespace platform {

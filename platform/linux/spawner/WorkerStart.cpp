@@ -11,6 +11,7 @@
 
 #include <glib.h>
 
+#include "platform/linux/EndWithParent.h"
 #include "platform/linux/confinement/CoreFiles.h"
 #include "platform/linux/spawner/ForkedProcess.h"
 #include "platform/linux/spawner/Messages.h"

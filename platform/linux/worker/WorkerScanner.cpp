@@ -4,12 +4,14 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include <svn_error_codes.h>
 
 #include "platform/linux/Patience.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
+#include "scanner/AdministrativeFiles.h"
 #include "scanner/SVNError.h"
 #include "scanner/TargetPath.h"
 
@@ -29,6 +31,27 @@ bool comesFromOutside(const ScanExit &exit) {
                            exit.number == SIGINT || exit.number == SIGHUP);
 }
 
+// The exit statuses that are not the root's fault.
+struct Lack {
+  int exitStatus;
+  const char *reason;
+};
+constexpr Lack lacks[] = {
+    {workerExitWithoutMemory, "There is not enough memory"},
+    {workerExitWithoutProcess, "There are no more processes to be had"},
+    {workerExitWithoutConfinement, "The scan cannot be confined"},
+};
+
+// What was not to be had, if it is that by which the scan ended; else null.
+const char *whatWasLacking(const ScanExit &exit) {
+  for (const Lack &lack : lacks) {
+    if (!exit.isSignal && exit.number == lack.exitStatus) {
+      return lack.reason;
+    }
+  }
+  return nullptr;
+}
+
 std::string textOf(const ScanExit &exit) {
   return exit.isSignal ? "The scan was ended by signal " + std::to_string(exit.number) + " (" +
                              strsignal(exit.number) + ")"
@@ -44,12 +67,8 @@ bool isPathBelow(const std::string &root, const std::string &path) {
 
 // Whether it is where the database of a working copy can be that the target is in.
 bool isDatabaseAbove(const std::string &target, const std::string &path) {
-  constexpr std::string_view name = "/.svn/wc.db";
-  if (!path.ends_with(name)) {
-    return false;
-  }
-  const std::string top = path.substr(0, path.size() - name.size());
-  return isPathBelow(top.empty() ? "/" : top, target);
+  const std::string top = std::filesystem::path(path).parent_path().parent_path();
+  return path == databaseOfWorkingCopy(top) && isPathBelow(top, target);
 }
 
 // About what the reports of a scan take with all folders above them: whoever receives them may keep
@@ -187,14 +206,8 @@ class WorkerScanner::OneScan {
     if (!exit) {
       return end(Result::endedFromOutside, workerIsGone);
     }
-    if (!exit->isSignal && exit->number == workerExitWithoutMemory) {
-      return end(Result::failed, "There is not enough memory");
-    }
-    if (!exit->isSignal && exit->number == workerExitWithoutProcess) {
-      return end(Result::failed, "There are no more processes to be had");
-    }
-    if (!exit->isSignal && exit->number == workerExitWithoutConfinement) {
-      return end(Result::failed, "The scan cannot be confined");
+    if (const char *lack = whatWasLacking(*exit)) {
+      return end(Result::failed, lack);
     }
     return end(comesFromOutside(*exit) ? Result::endedFromOutside : Result::endedByRoot,
                textOf(*exit));

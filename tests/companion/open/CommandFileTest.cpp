@@ -7,7 +7,7 @@
 
 #include "companion/open/CommandFile.h"
 #include "companion/open/CommandRequest.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using companion::CommandFile;
 using platform::FileURL;

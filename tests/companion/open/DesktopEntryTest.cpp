@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/Command.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/Command.h"
 
 using testing::HasSubstr;
 

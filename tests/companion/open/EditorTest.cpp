@@ -4,7 +4,7 @@
 
 #include "companion/conversation/Editor.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace {
 

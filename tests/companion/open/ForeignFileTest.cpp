@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "companion/open/CommandFile.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace {
 

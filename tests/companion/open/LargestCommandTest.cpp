@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "companion/open/CommandRequest.h"
-#include "platform/linux/PropertyListCoding.h"
+#include "platform/linux/values/PropertyListCoding.h"
 
 using platform::Array;
 

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/companion/open/OpenSession.h"
-#include "tests/support/PseudoTerminal.h"
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ServiceStandIn.h"
+#include "tests/support/processes/PseudoTerminal.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "platform/PropertyList.h"
-#include "tests/support/Command.h"
-#include "tests/support/PrivateBus.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/Command.h"
 
 class OpenSession {
  public:

@@ -6,9 +6,9 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "tests/companion/open/OpenSession.h"
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ServiceStandIn.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

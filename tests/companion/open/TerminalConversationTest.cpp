@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include "tests/companion/open/OpenSession.h"
-#include "tests/support/PseudoTerminal.h"
+#include "tests/support/processes/PseudoTerminal.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;

@@ -5,7 +5,7 @@
 #include "companion/open/TerminalWindow.h"
 #include "tests/companion/open/OpenSession.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/PseudoTerminal.h"
+#include "tests/support/processes/PseudoTerminal.h"
 
 using testing::HasSubstr;
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/filemanagers/desktop/BadgeRecognition.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using ::testing::StartsWith;
 

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::StringHandle;
 using platform::VariantHandle;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class BusTraffic {
  public:

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "tests/filemanagers/desktop/BusTraffic.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
 
 using platform::ObjectHandle;
 using platform::VariantHandle;

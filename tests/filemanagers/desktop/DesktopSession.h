@@ -7,8 +7,8 @@
 
 #include "tests/filemanagers/desktop/AccessibleObject.h"
 #include "tests/filemanagers/desktop/VirtualDisplay.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/LaunchedPrograms.h"
+#include "tests/support/processes/LaunchedPrograms.h"
+#include "tests/support/session/ExtensionSession.h"
 
 class DesktopSession {
  public:

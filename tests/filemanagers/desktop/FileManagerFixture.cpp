@@ -3,7 +3,7 @@
 #include <csignal>
 #include <filesystem>
 
-#include "tests/support/BusClient.h"
+#include "tests/support/bus/BusClient.h"
 
 namespace {
 

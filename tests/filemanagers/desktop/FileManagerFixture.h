@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/filemanagers/desktop/FileManagerWindow.h"
-#include "tests/support/CommandApplication.h"
+#include "tests/support/session/CommandApplication.h"
 
 class FileManagerFixture : public ::testing::Test {
  protected:

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <csignal>
 
-#include "tests/support/PrivateBus.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 QuietProgram::QuietProgram(const std::vector<std::string> &arguments, const CommandOptions &options,
                            std::string errorPath)

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/Command.h"
+#include "tests/support/processes/Command.h"
 
 class QuietProgram {
  public:

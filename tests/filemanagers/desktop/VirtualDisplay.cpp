@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <xcb/xcb.h>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 namespace {
 

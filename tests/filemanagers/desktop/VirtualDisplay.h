@@ -9,7 +9,7 @@
 
 #include "tests/filemanagers/desktop/Picture.h"
 #include "tests/filemanagers/desktop/QuietProgram.h"
-#include "tests/support/RunningProgram.h"
+#include "tests/support/processes/RunningProgram.h"
 
 struct xcb_connection_t;
 

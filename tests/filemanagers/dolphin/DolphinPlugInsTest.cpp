@@ -19,8 +19,8 @@
 
 #include "tests/filemanagers/qt/QtEventLoop.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -2,8 +2,8 @@
 #include "filemanagers/client/ExtensionClient.h"
 #include "filemanagers/glib/GLibMainLoop.h"
 #include "tests/filemanagers/glib/BusLinkFixture.h"
-#include "tests/support/ExtensionSession.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using platform::FIMenuKind;
 using ::testing::ElementsAre;

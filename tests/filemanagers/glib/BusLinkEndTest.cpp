@@ -1,7 +1,7 @@
 // A link that ends tells nothing any more, whatever is under way.
 #include "tests/filemanagers/glib/BusLinkFixture.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/bus/BusClient.h"
 
 using platform::FIMenuKind;
 using ::testing::ElementsAre;

@@ -10,9 +10,9 @@
 
 #include "filemanagers/glib/BusLink.h"
 #include "tests/filemanagers/client/RecordingExtensionEvents.h"
-#include "tests/support/ExtensionStandIn.h"
-#include "tests/support/PrivateBus.h"
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ExtensionStandIn.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/bus/ServiceStandIn.h"
 
 class BusLinkFixture : public ::testing::Test {
  protected:

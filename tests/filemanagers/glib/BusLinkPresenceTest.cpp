@@ -1,11 +1,11 @@
 // Whether there is an extension, and what it tells by itself.
 
 #include "tests/filemanagers/glib/BusLinkFixture.h"
-#include "tests/support/BusClient.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExtensionSession.h"
 #include "tests/support/NumberFromEnvironment.h"
-#include "tests/support/PublicNames.h"
+#include "tests/support/bus/BusClient.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/session/ExtensionSession.h"
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

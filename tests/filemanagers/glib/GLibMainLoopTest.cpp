@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "filemanagers/glib/GLibMainLoop.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;

@@ -6,7 +6,7 @@
 #include <sys/types.h>
 #include <thread>
 
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 class PausedBus {
  public:

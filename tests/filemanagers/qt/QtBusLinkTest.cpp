@@ -14,9 +14,9 @@
 #include "tests/filemanagers/client/RecordingExtensionEvents.h"
 #include "tests/filemanagers/qt/PausedBus.h"
 #include "tests/filemanagers/qt/QtEventLoop.h"
-#include "tests/support/ExtensionStandIn.h"
-#include "tests/support/PublicNames.h"
-#include "tests/support/ServiceStandIn.h"
+#include "tests/support/bus/ExtensionStandIn.h"
+#include "tests/support/bus/PublicNames.h"
+#include "tests/support/bus/ServiceStandIn.h"
 
 using platform::FIMenuKind;
 using ::testing::Contains;

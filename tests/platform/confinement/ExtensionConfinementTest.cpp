@@ -17,9 +17,9 @@
 #include <thread>
 
 #include "platform/linux/confinement/ExtensionConfinement.h"
-#include "tests/support/ForkedWork.h"
-#include "tests/support/LaunchedPrograms.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/ForkedWork.h"
+#include "tests/support/processes/LaunchedPrograms.h"
 
 namespace {
 

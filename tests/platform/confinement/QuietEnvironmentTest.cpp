@@ -4,11 +4,11 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "platform/linux/FileDescriptor.h"
 #include "platform/linux/confinement/QuietEnvironment.h"
 #include "platform/linux/confinement/SessionBusAddress.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Result;
 using platform::sessionBusAddress;

@@ -7,7 +7,7 @@
 #include <sys/syscall.h>
 
 #include "platform/linux/confinement/SeccompFilter.h"
-#include "tests/support/ForkedWork.h"
+#include "tests/support/processes/ForkedWork.h"
 
 using platform::SeccompFilter;
 

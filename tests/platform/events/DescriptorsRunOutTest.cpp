@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 
 #include "tests/platform/events/ReportedEvents.h"
-#include "tests/support/NoDescriptors.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/processes/NoDescriptors.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include "tests/platform/events/ReportedEvents.h"
-#include "tests/support/Command.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/processes/Command.h"
 
 namespace fs = std::filesystem;
 using ::testing::Contains;

@@ -12,7 +12,7 @@
 
 #include "platform/linux/MainContextQueues.h"
 #include "platform/linux/events/LinuxEventStreams.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 // A log whose lines may come from any thread.
 class CollectedLogs final : public platform::SystemLogs {

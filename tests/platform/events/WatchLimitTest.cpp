@@ -6,7 +6,7 @@
 #include "platform/linux/events/Inotify.h"
 #include "platform/linux/events/WatchLimit.h"
 #include "tests/platform/events/ReportedEvents.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/bus/PrivateBus.h"
 
 namespace fs = std::filesystem;
 using ::testing::Contains;

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/platform/events/SteppedTrees.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 namespace fs = std::filesystem;
 using ::testing::ContainerEq;

@@ -6,15 +6,15 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/LinuxUserDefaults.h"
-#include "platform/linux/TreeRemoval.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/files/TreeRemoval.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/SmallDisk.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/SmallDisk.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Dictionary;
 using platform::FileURL;

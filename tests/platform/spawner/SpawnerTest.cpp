@@ -13,9 +13,9 @@
 #include "platform/linux/spawner/Messages.h"
 #include "platform/linux/spawner/Spawner.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/LaunchedPrograms.h"
-#include "tests/support/PrivateBus.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/bus/PrivateBus.h"
+#include "tests/support/files/TemporaryDirectory.h"
+#include "tests/support/processes/LaunchedPrograms.h"
 
 using platform::Result;
 using platform::Spawner;

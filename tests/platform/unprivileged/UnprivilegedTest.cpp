@@ -5,16 +5,16 @@
 
 #include <glib.h>
 
-#include "platform/linux/AtomicFile.h"
-#include "platform/linux/LinuxBookmarks.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPosixAccess.h"
-#include "platform/linux/LinuxPropertyListFiles.h"
-#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/files/AtomicFile.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/files/LinuxPosixAccess.h"
 #include "platform/linux/process/BadgeIcons.h"
+#include "platform/linux/values/LinuxBookmarks.h"
+#include "platform/linux/values/LinuxPropertyListFiles.h"
+#include "platform/linux/values/LinuxUserDefaults.h"
 #include "platform/testing/RasterDrawing.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/files/TemporaryDirectory.h"
 
 using platform::Data;
 using platform::Dictionary;

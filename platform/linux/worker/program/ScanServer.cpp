@@ -5,12 +5,12 @@
 #include <cstdlib>
 #include <poll.h>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/linux/FileDescriptor.h"
+#include "platform/linux/EndWithParent.h"
+#include "platform/linux/files/FileDescriptor.h"
 #include "platform/linux/worker/ScanMessages.h"
 #include "platform/linux/worker/WorkerExitStatus.h"
 #include "platform/linux/worker/program/ScanProcess.h"
@@ -41,9 +41,9 @@ ScanExit scanInProcess(const MessageSocket &extension, const ScanRequest &reques
   const pid_t scan = fork();
   if (scan == 0) {
     // It does not outlive the server, and cannot speak for it.
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    platform::endWithParent(server);
     close(extension.descriptor());
-    _exit(getppid() == server ? runScan(*receiver, request, confinement) : EXIT_FAILURE);
+    _exit(runScan(*receiver, request, confinement));
   }
   receiver.reset();
   if (scan < 0) {
