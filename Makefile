@@ -17,8 +17,8 @@ endef
 help:
 	@echo "make run              show the badges of a sample working copy, answered over a private bus"
 	@echo "make run WC=/path     the same for a working copy of yours; changes nothing in it"
-	@echo "make test             check format and layering, run the linter and all tests, also under sanitizers"
-	@echo "make check-long       the same and more: slow linter checks, storms under sanitizers, many more random working copies, the packages, and all file managers"
+	@echo "make test             check format and layering, run all tests, also under sanitizers"
+	@echo "make check-long       the same and more: the linter, storms under sanitizers, many more random working copies, the packages, and all file managers"
 	@echo "make fuzz             try what is read from outside with made-up input, a minute each"
 	@echo "make bench            compare with 'svn status' and others, as tables"
 	@echo "make bench LONG=1     the same on up to a million files"
@@ -27,7 +27,7 @@ help:
 	@echo "make install          install below PREFIX (now $(PREFIX)); honours DESTDIR"
 	@echo "make package          build Debian packages into build/packages"
 	@echo "make deps             install the Debian packages that the tests need and that are missing"
-	@echo "make format, lint     format the sources; check their format and run the linter"
+	@echo "make format, lint     format the sources; check them and run the linter on the product's"
 	@echo "make clean            remove everything that was built"
 
 deps:
@@ -77,6 +77,7 @@ format:
 
 lint: deps
 	@$(call build,debug)
+	@tools/check-sources
 	@JOBS=$(JOBS) tools/lint
 
 clean:
