@@ -1,5 +1,6 @@
 // What a process still sees of the file system when it has given up the rest, each time in a fork.
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -32,6 +34,10 @@ std::string exitedWith(int status) {
 
 int errorOf(int result) {
   return result < 0 ? errno : 0;
+}
+
+long landlockVersion() {
+  return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
 }
 
 int errorOfOpening(const std::string &path, int flags) {
@@ -182,8 +188,6 @@ TEST_F(FileView, LetsNoProgramGainPrivileges) {
 
 TEST_F(FileView, LeavesNoTCPAsFarAsTheKernelKnowsOfIt) {
   constexpr int firstToKnow = 4;  // version of the kernel's interface
-  const long version =
-      syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
   EXPECT_EQ(
       inView([] {
         const FileDescriptor any(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -192,7 +196,29 @@ TEST_F(FileView, LeavesNoTCPAsFarAsTheKernelKnowsOfIt) {
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         return errorOf(bind(any, reinterpret_cast<const sockaddr *>(&address), sizeof address));
       }),
-      exitedWith(version >= firstToKnow ? EACCES : 0));
+      exitedWith(landlockVersion() >= firstToKnow ? EACCES : 0));
+}
+
+TEST_F(FileView, LetsNothingReachProcessesOutsideAsFarAsTheKernelKnowsOfIt) {
+  constexpr int firstToKnow = 6;  // version of the kernel's interface
+  const int expected = landlockVersion() >= firstToKnow ? EPERM : 0;
+  EXPECT_EQ(inView([] { return errorOf(kill(getppid(), 0)); }), exitedWith(expected));
+
+  // One that has no name in the file system. The kernel chooses it.
+  const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socklen_t size = sizeof(sa_family_t);
+  auto *const name = reinterpret_cast<sockaddr *>(&address);
+  ASSERT_EQ(bind(listener, name, size), 0);
+  ASSERT_EQ(listen(listener, 1), 0);
+  size = sizeof address;
+  ASSERT_EQ(getsockname(listener, name, &size), 0);
+  EXPECT_EQ(inView([&] {
+              const FileDescriptor any(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+              return errorOf(connect(any, name, size));
+            }),
+            exitedWith(expected));
 }
 
 // As on a kernel that was built or started without it.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/Packets.h"
 #include "platform/linux/worker/MessageSocket.h"
 #include "platform/linux/worker/ScanMessages.h"
 
@@ -130,4 +131,18 @@ TEST(MessageSocket, HandsAnotherSocketOver) {
   EXPECT_TRUE(ends->first.send("without it"));
   EXPECT_EQ(ends->second.receive(&bytes, &attached), MessageSocket::Reception::message);
   EXPECT_FALSE(attached);
+}
+
+TEST(ScanMessages, OneThatComesWithSeveralOpenFilesComesWithoutAny) {
+  auto sockets = MessageSocket::makePair();
+  ASSERT_TRUE(sockets);
+  const int some = sockets->first.descriptor();
+  for (const std::vector<int> &files : {std::vector{some}, std::vector{some, some}}) {
+    ASSERT_TRUE(platform::sendPacket(some, "bytes", files));
+    std::string bytes;
+    std::optional<MessageSocket> attached;
+    EXPECT_EQ(sockets->second.receive(&bytes, &attached), MessageSocket::Reception::message);
+    EXPECT_EQ(bytes, "bytes");
+    EXPECT_EQ(attached.has_value(), files.size() == 1);
+  }
 }
