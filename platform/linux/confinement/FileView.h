@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/Result.h"
-#include "platform/linux/files/FileDescriptor.h"
+#include "platform/linux/confinement/Landlock.h"
 
 namespace platform {
 
@@ -29,14 +29,9 @@ class FileView {
   Result<bool> enforce() const;
 
  private:
-  struct Place {
-    FileDescriptor file;
-    std::uint64_t rights;
-  };
-
   void allow(const std::string &path, std::uint64_t rights);
 
-  std::vector<Place> places_;
+  std::vector<LandlockPlace> places_;
 };
 
 }  // namespace platform
